@@ -11,7 +11,7 @@ constexpr auto sMinRedraw = std::chrono::milliseconds(100);
 } // namespace
 
 TerminalProgress::TerminalProgress(std::FILE* stream)
-    : TerminalProgress(stream, stream && isatty(fileno(stream)))
+    : TerminalProgress(stream, stream && isatty(fileno(stream)) && isatty(STDOUT_FILENO))
 {
 }
 

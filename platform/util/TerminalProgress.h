@@ -9,8 +9,9 @@
 
 namespace util {
 
-/// A one-line progress bar on a terminal. It draws only when its stream is a
-/// terminal (so redirected output and CI logs stay clean), redraws at most
+/// A one-line progress bar on a terminal. It draws only when both standard
+/// output and its stream are terminals (so redirected output and CI logs stay
+/// clean), redraws at most
 /// ten times a second, and clears its line when the outermost task ends.
 class TerminalProgress final : public ProgressInterface {
 public:
