@@ -5,8 +5,9 @@
 namespace datamodel {
 
 /// The one place where the library reads the installation's settings file
-/// (util::getKavixIni(), INI format). Each accessor opens the file afresh, so
-/// a changed file is seen by the next call; a missing file or key gives the
+/// (util::getKavixIni(), INI format). Each accessor reads through a new
+/// QSettings, so a file changed on disk is seen by a later call (QSettings
+/// re-reads a file when its size or time stamp changes); a missing file or key gives the
 /// default. A value that is present but not a number (or not a boolean where
 /// one is expected) throws std::runtime_error naming the key and the file.
 class Settings {

@@ -1,0 +1,157 @@
+#include <datamodel/timing/ScanLineData.h>
+
+#include <QFile>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <cmath>
+#include <climits>
+#include <cstdint>
+#include <stdexcept>
+#include <vector>
+
+namespace datamodel {
+
+namespace {
+
+constexpr qint64 sRecordSize = 8;
+
+std::uint32_t readU32(const unsigned char* p)
+{
+    return std::uint32_t(p[0]) | std::uint32_t(p[1]) << 8 | std::uint32_t(p[2]) << 16 | std::uint32_t(p[3]) << 24;
+}
+
+void writeU32(unsigned char* p, std::uint32_t v)
+{
+    p[0] = static_cast<unsigned char>(v);
+    p[1] = static_cast<unsigned char>(v >> 8);
+    p[2] = static_cast<unsigned char>(v >> 16);
+    p[3] = static_cast<unsigned char>(v >> 24);
+}
+
+} // namespace
+
+ScanLineData::ScanLineData(double scale)
+    : m_scale(scale)
+{
+}
+
+ScanLineData ScanLineData::read(const std::string& path, double scale)
+{
+    QFile file(QString::fromStdString(path));
+    if (!file.open(QIODevice::ReadOnly))
+        throw std::runtime_error("Can't open file: " + path);
+    const qint64 size = file.size();
+    if (size % sRecordSize != 0)
+        throw std::runtime_error("File size is no multiple of the data size, in: " + path);
+
+    ScanLineData data(scale);
+    data.m_fileName = path;
+    if (size == 0)
+        return data;
+
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(size));
+    if (file.read(reinterpret_cast<char*>(bytes.data()), size) != size)
+        throw std::runtime_error("Failed to read file: " + path);
+
+    // Each record starts a run; the previous run's value is also stored at
+    // the line before, so that every run is held by its first and last line.
+    std::int64_t previousLine = 0;
+    float previousValue = 0.0f;
+    for (qint64 offset = 0; offset < size; offset += sRecordSize) {
+        const std::uint32_t line = readU32(&bytes[std::size_t(offset)]);
+        const auto fileValue = static_cast<std::int32_t>(readU32(&bytes[std::size_t(offset) + 4]));
+        const auto value = static_cast<float>(fileValue * scale);
+        if (offset > 0 && std::int64_t(line) - 1 > previousLine)
+            data.m_values[std::uint32_t(line - 1)] = previousValue;
+        data.m_values[line] = value;
+        previousLine = line;
+        previousValue = value;
+    }
+    return data;
+}
+
+void ScanLineData::write(const std::string& path)
+{
+    std::vector<unsigned char> bytes;
+    bytes.reserve(m_values.size() * sRecordSize);
+    double lastWritten = -1.0;
+    for (const auto& [line, value] : m_values) {
+        if (double(value) == lastWritten)
+            continue;
+        unsigned char record[sRecordSize];
+        writeU32(record, line);
+        // Truncation after adding one half, clamped to the field's range.
+        const double fileValue = std::clamp(double(value) / m_scale + 0.5, double(INT32_MIN), double(INT32_MAX));
+        writeU32(record + 4, static_cast<std::uint32_t>(static_cast<std::int32_t>(fileValue)));
+        bytes.insert(bytes.end(), record, record + sRecordSize);
+        lastWritten = value;
+    }
+
+    QSaveFile file(QString::fromStdString(path));
+    if (!file.open(QIODevice::WriteOnly))
+        throw std::runtime_error("Can't open file for writing: " + path);
+    if (file.write(reinterpret_cast<const char*>(bytes.data()), qint64(bytes.size())) != qint64(bytes.size())
+        || !file.commit())
+        throw std::runtime_error("Can't open file for writing: " + path);
+    m_fileName = path;
+}
+
+void ScanLineData::requireValues() const
+{
+    if (m_values.empty())
+        throw std::runtime_error("No scan-line data in: " + m_fileName);
+}
+
+float ScanLineData::value(double line) const
+{
+    requireValues();
+    if (!(line > 0.0))
+        return m_values.begin()->second;
+    const double floored = std::floor(line);
+    if (floored >= double(UINT32_MAX))
+        return std::prev(m_values.end())->second;
+    auto after = m_values.upper_bound(static_cast<std::uint32_t>(floored));
+    if (after == m_values.begin())
+        return after->second;
+    return std::prev(after)->second;
+}
+
+float ScanLineData::nominalValue() const
+{
+    requireValues();
+    // Count the lines each value is in force over: a stored line holds until
+    // the next stored line; the last stored line counts once.
+    std::map<float, std::uint64_t> linesPerValue;
+    std::vector<float> order;
+    for (auto it = m_values.begin(); it != m_values.end(); ++it) {
+        auto next = std::next(it);
+        const std::uint64_t span = next == m_values.end() ? 1 : std::uint64_t(next->first) - it->first;
+        if (linesPerValue.find(it->second) == linesPerValue.end())
+            order.push_back(it->second);
+        linesPerValue[it->second] += span;
+    }
+    float best = order.front();
+    for (float candidate : order)
+        if (linesPerValue[candidate] > linesPerValue[best])
+            best = candidate;
+    return best;
+}
+
+float ScanLineData::minValue() const
+{
+    requireValues();
+    return std::min_element(m_values.begin(), m_values.end(),
+                            [](const auto& a, const auto& b) { return a.second < b.second; })
+        ->second;
+}
+
+float ScanLineData::maxValue() const
+{
+    requireValues();
+    return std::max_element(m_values.begin(), m_values.end(),
+                            [](const auto& a, const auto& b) { return a.second < b.second; })
+        ->second;
+}
+
+} // namespace datamodel

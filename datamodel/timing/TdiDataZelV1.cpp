@@ -1,0 +1,7 @@
+#include <datamodel/timing/TdiDataZelV1.h>
+
+namespace datamodel {
+
+const std::string TdiDataZelV1::EMPTY_NAME;
+
+} // namespace datamodel

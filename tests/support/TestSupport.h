@@ -1,0 +1,112 @@
+#pragma once
+
+// Helpers shared by the unit tests: files written into temporary directories,
+// scoped environment variables and a minimal take manager.
+
+#include <datamodel/model/InfoFile.h>
+#include <datamodel/model/TakeManager.h>
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+#include <QTemporaryDir>
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace testsupport {
+
+/// Writes `content` to `dir`/`name` (creating nothing else) and returns the path.
+inline std::string writeFile(const QTemporaryDir& dir, const QString& name, const QByteArray& content)
+{
+    const QString path = dir.filePath(name);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        throw std::runtime_error("test setup: cannot write " + path.toStdString());
+    file.write(content);
+    return path.toStdString();
+}
+
+/// A complete band .info document as the recorder writes it.
+inline QByteArray fullInfoXml(const QByteArray& bandId = "PANF28A")
+{
+    return "<band_info>"
+           "<sensor_serialnumber>2004</sensor_serialnumber>"
+           "<sensor_type>ZEL</sensor_type>"
+           "<ccd_id name=\"" + bandId + "\"/>"
+           "<line_number>12</line_number>"
+           "<line_label>L12</line_label>"
+           "<start><time>7 March 2009, 10:04:31</time><longitude>-12:30:15.5</longitude>"
+           "<latitude>47:10:00</latitude><altitude>1000</altitude></start>"
+           "<stop><time>7 March 2009, 10:09:01</time><longitude>-12:00:00</longitude>"
+           "<latitude>47:40:30</latitude><altitude>1200</altitude></stop>"
+           "<flight_start><time>7 March 2009, 09:00:00</time></flight_start>"
+           "<int_time>5.2</int_time>"
+           "<CAMERA_TIME_FILE>x.ct</CAMERA_TIME_FILE>"
+           "<PIXEL_FILE>x.lri</PIXEL_FILE>"
+           "</band_info>";
+}
+
+/// Writes a complete .info file named `baseName`.info and parses it.
+inline datamodel::InfoFile makeInfoFile(const QTemporaryDir& dir, const QString& baseName,
+                                        const QByteArray& bandId = "PANF28A")
+{
+    const std::string path = writeFile(dir, baseName + QStringLiteral(".info"), fullInfoXml(bandId));
+    return datamodel::InfoFile(path, datamodel::InfoFile::STRIPNAMEREGEX);
+}
+
+/// Sets (or, with std::nullopt, removes) an environment variable for the
+/// lifetime of the guard, then restores the previous state.
+class ScopedEnv {
+public:
+    ScopedEnv(const char* name, const std::optional<QByteArray>& value)
+        : m_name(name)
+        , m_wasSet(qEnvironmentVariableIsSet(name))
+        , m_previous(qgetenv(name))
+    {
+        if (value)
+            qputenv(name, *value);
+        else
+            qunsetenv(name);
+    }
+    ~ScopedEnv()
+    {
+        if (m_wasSet)
+            qputenv(m_name, m_previous);
+        else
+            qunsetenv(m_name);
+    }
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+private:
+    const char* m_name;
+    bool m_wasSet;
+    QByteArray m_previous;
+};
+
+/// The smallest concrete take manager: it owns nothing, so tests decide the
+/// lifetime of the takes made on it.
+class PlainTakeManager : public datamodel::TakeManager {
+public:
+    std::vector<datamodel::Take*> takes() const override { return {}; }
+    std::string directory(const datamodel::Take&) const override { return "/nowhere"; }
+    std::string name() const override { return "plain"; }
+};
+
+/// Runs `f` and returns the text of the std::runtime_error it throws; fails
+/// with a marker text when it throws nothing.
+template <typename F>
+std::string thrownMessage(F&& f)
+{
+    try {
+        f();
+    } catch (const std::runtime_error& e) {
+        return e.what();
+    }
+    return "<nothing thrown>";
+}
+
+} // namespace testsupport
