@@ -85,11 +85,12 @@ int checkSession(const QString& directory, bool json, util::ProgressInterface* p
     }
 
     for (auto& [strip, infos] : byStrip) {
-        auto* take = new datamodel::Take(session);
-        session.addTake(take);
-        take->setName(strip);
-        for (const datamodel::InfoFile& info : infos)
-            take->addImage(new datamodel::L0Image(*take, info, session.directory() + "/images/" + info.pixelFilename()));
+        std::vector<datamodel::InfoFile*> pointers;
+        for (datamodel::InfoFile& info : infos)
+            pointers.push_back(&info);
+        const datamodel::InfoFile& first = infos.front();
+        session.addTake(new datamodel::Take(session, strip, pointers, 0.0f, 0.0f, first.sensorId(),
+                                            first.sensorType(), -1));
     }
 
     InfoFileCheck check(&problems);

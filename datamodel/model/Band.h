@@ -28,6 +28,12 @@ public:
     /// The band's position in its image.
     std::uint32_t index() const { return m_index; }
 
+    /// Look angle in degrees from the band code that ends the name: N is
+    /// nadir (0), F forward (+digits), B backward (-digits), as in PANF28A
+    /// (+28) or PANB14A (-14). A name without such a code gives 0.
+    double lookAngle() const { return lookAngleFromName(m_name); }
+    static double lookAngleFromName(const std::string& name);
+
     /// Calls the traverser's validate(Band&).
     void traverse(ValidationTraverser& traverser) override;
 

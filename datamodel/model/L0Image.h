@@ -1,38 +1,99 @@
 #pragma once
 
 #include <datamodel/model/Image.h>
-#include <datamodel/model/InfoFile.h>
 #include <datamodel/model/Serializable.h>
 
+#include <QDateTime>
+
+#include <memory>
 #include <string>
 
 namespace datamodel {
 
-/// A level-0 (as recorded) image of one band of a take. It is made from the
-/// band's .info file and owns one Band.
+class InfoFile;
+class IntegrationTime;
+class TdiData;
+
+/// A level-0 (as recorded) image of one band of a take, with its family of
+/// side files named after the pixel file: camera times (CT), gridded camera
+/// times (CTG), integration times (IT), TDI stages, footprint, dark lines,
+/// statistics, minimum and mask. It owns one Band, its integration-time and
+/// TDI objects.
 class L0Image : public Image, public Serializable, public virtual Validatable, public virtual Cacheable {
 public:
-    /// `filename` is the pixel file; `swathWidthPx` the number of samples of
-    /// a scan line and `sampleOffsetPx` the first recorded sample.
-    L0Image(Take& take, const InfoFile& info, const std::string& filename, unsigned swathWidthPx = 12000,
-            int sampleOffsetPx = 0);
+    /// An image made from a band's info file. The pixel, CT, CTG and
+    /// footprint paths are known; the integration time is the info file's
+    /// (a constant), with one TDI stage.
+    L0Image(Take& take, unsigned index, const InfoFile& info, const std::string& pixelFile,
+            const std::string& ctFile, const std::string& ctgFile, const std::string& fptFile,
+            unsigned swathWidthPx = 12000, unsigned sampleOffsetPx = 0);
+    /// An image read back from a strip file. `infoFile` may be empty (no info
+    /// file); the info file is read on first use.
+    L0Image(Take& take, unsigned index, const std::string& pixelFile, const std::string& bandName,
+            std::unique_ptr<IntegrationTime> integrationTime, std::unique_ptr<TdiData> tdiData,
+            unsigned swathWidthPx, unsigned sampleOffsetPx, const std::string& infoFile, const std::string& ctFile,
+            const std::string& ctgFile, const std::string& fptFile);
     ~L0Image() override;
 
-    /// Whether a ".min" file sits beside the pixel file.
-    virtual bool hasMinFile() const;
-
-    const InfoFile& infoFile() const { return m_info; }
-    /// The band name, from the info file's band identifier.
-    const std::string& bandName() const { return m_info.bandId(); }
-    const std::string& filename() const { return m_filename; }
+    /// The image's position in its take.
+    unsigned index() const { return m_index; }
+    const std::string& bandName() const { return m_bandName; }
     unsigned swathWidth() const { return m_swathWidthPx; }
-    int sampleOffset() const { return m_sampleOffsetPx; }
+    unsigned sampleOffset() const { return m_sampleOffsetPx; }
+    /// Look angle of the band in degrees (positive forward, negative backward).
+    double lookAngle() const;
+
+    /// Whether the image has an info file.
+    bool hasInfoFile() const { return !m_infoFileName.empty(); }
+    const std::string& infoFileName() const { return m_infoFileName; }
+    /// The band's info file, read on first use. Throws as InfoFile does, or
+    /// "No .info file for band: " + band name when there is none.
+    const InfoFile& infoFile() const;
+
+    IntegrationTime& integrationTime() { return *m_integrationTime; }
+    const IntegrationTime& integrationTime() const { return *m_integrationTime; }
+    /// Replaces the integration-time object; the image takes ownership.
+    void setIntegrationTime(std::unique_ptr<IntegrationTime> integrationTime);
+    TdiData& tdiData() { return *m_tdiData; }
+    const TdiData& tdiData() const { return *m_tdiData; }
+    void setTdiData(std::unique_ptr<TdiData> tdiData);
+
+    /// The static base name: label + "_" + serial mod 10000 (at least three
+    /// digits) + "_" + start as "yyMMdd_HHmm" + "_" + band, e.g.
+    /// L12_2004_090307_1004_PANF02A.
+    static std::string staticName(const std::string& lineLabel, const QDateTime& start, unsigned serial,
+                                  const std::string& bandName);
+
+    /// The pixel file: derived once (images folder of the take's manager
+    /// directory + the static name + ".lri") unless it was given.
+    const std::string& filename() const;
+    /// Forgets the pixel file name so that the next filename() derives it
+    /// again; the side-file names stay.
+    void resetFilename();
+    /// Side files in the raw folder of the take's manager directory, named
+    /// after the pixel file's base name.
+    const std::string& ctFilename() const;
+    const std::string& ctgFilename() const;
+    const std::string& itFilename() const;
+    const std::string& tdiFilename() const;
+    const std::string& fptFilename() const;
+    std::string darkFilename() const;
+    /// Beside the pixel file: its complete base name + ".stat".
+    std::string statFilename() const;
+    bool hasStatistics() const;
+    /// Whether the pixel file's base name + ".min" exists beside it.
+    virtual bool hasMinFile() const;
+    /// Beside the pixel file: channel, look direction and group look angle,
+    /// the line letter for PAN bands, then "_mask.zel" (PANN00A_mask.zel,
+    /// REDN00_mask.zel).
+    std::string maskFilename() const;
 
     raster::ImageReader& reader() const override;
     utzRaster::ImageWriter* createWriter(const utzRaster::ImageGeometry& geometry, bool overwrite,
                                          ImageType type) override;
 
     void write(Serializer& serializer) const override;
+    /// Appends an "Image" element describing the image to `parent`.
     void write(QDomElement& parent, QDomDocument& document) const override;
     void read(Serializer& serializer) override;
 
@@ -43,10 +104,23 @@ public:
     void traverse(ValidationTraverser& traverser) override;
 
 private:
-    InfoFile m_info;
-    std::string m_filename;
+    std::string sideFile(const char* extension) const;
+    std::string staticName() const;
+
+    unsigned m_index;
+    std::string m_bandName;
     unsigned m_swathWidthPx;
-    int m_sampleOffsetPx;
+    unsigned m_sampleOffsetPx;
+    std::string m_infoFileName;
+    mutable std::unique_ptr<InfoFile> m_info;
+    std::unique_ptr<IntegrationTime> m_integrationTime;
+    std::unique_ptr<TdiData> m_tdiData;
+    mutable std::string m_filename;
+    mutable std::string m_ctFilename;
+    mutable std::string m_ctgFilename;
+    mutable std::string m_itFilename;
+    mutable std::string m_tdiFilename;
+    mutable std::string m_fptFilename;
 };
 
 } // namespace datamodel

@@ -1,6 +1,7 @@
 #include <datamodel/model/L2Image.h>
 
 #include <datamodel/model/CacheManager.h>
+#include <datamodel/model/Serializer.h>
 #include <datamodel/validation/ValidationTraverser.h>
 
 #include <stdexcept>
@@ -11,6 +12,14 @@ L2Image::L2Image(Take& take, const std::string& filename)
     : Image(take)
     , m_filename(filename)
 {
+}
+
+L2Image::L2Image(Take& take, const QDomElement& element)
+    : Image(take)
+    , m_filename(element.attribute(QStringLiteral("filename")).toStdString())
+{
+    m_element = m_document.importNode(element, true).toElement();
+    m_document.appendChild(m_element);
 }
 
 L2Image::~L2Image() = default;
@@ -25,14 +34,16 @@ utzRaster::ImageWriter* L2Image::createWriter(const utzRaster::ImageGeometry&, b
     throw std::runtime_error("Writing level-2 pixel data is not supported yet: " + m_filename);
 }
 
-void L2Image::write(Serializer&) const
+void L2Image::write(Serializer& serializer) const
 {
-    throw std::runtime_error("Writing a level-2 image to XML is not supported yet: " + m_filename);
+    write(serializer.element(), serializer.document());
 }
 
-void L2Image::write(QDomElement&, QDomDocument&) const
+void L2Image::write(QDomElement& parent, QDomDocument& document) const
 {
-    throw std::runtime_error("Writing a level-2 image to XML is not supported yet: " + m_filename);
+    if (m_element.isNull())
+        throw std::runtime_error("Writing a level-2 image to XML is not supported yet: " + m_filename);
+    parent.appendChild(document.importNode(m_element, true));
 }
 
 void L2Image::read(Serializer&)

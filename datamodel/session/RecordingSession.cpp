@@ -3,6 +3,7 @@
 #include <datamodel/model/Take.h>
 #include <datamodel/validation/ValidationTraverser.h>
 
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 
@@ -10,6 +11,56 @@
 #include <stdexcept>
 
 namespace datamodel {
+
+RecordingSession::ImuTrajectoryId::ImuTrajectoryId(const std::string& name, std::uint32_t timeSec)
+    : m_name(name)
+    , m_timeSec(timeSec)
+{
+}
+
+RecordingSession::ImuTrajectoryId::ImuTrajectoryId(const std::string& text)
+{
+    const std::size_t separator = text.find(';');
+    if (separator == std::string::npos)
+        throw std::runtime_error("Can't construct ImuTrajectoryId; string is invalid: \"" + text + "\".");
+    const std::string timeText = text.substr(0, separator);
+    bool ok = false;
+    const qulonglong timeSec = QString::fromStdString(timeText).toULongLong(&ok, 10);
+    if (!ok || timeSec > sUnsetTime)
+        throw std::runtime_error("Can't convert to timestamp: " + timeText);
+    m_timeSec = static_cast<std::uint32_t>(timeSec);
+    m_name = text.substr(separator + 1);
+}
+
+bool RecordingSession::ImuTrajectoryId::operator==(const ImuTrajectoryId& other) const
+{
+    return m_name == other.m_name && m_timeSec == other.m_timeSec;
+}
+
+bool RecordingSession::ImuTrajectoryId::operator<(const ImuTrajectoryId& other) const
+{
+    return m_name != other.m_name ? m_name < other.m_name : m_timeSec < other.m_timeSec;
+}
+
+std::string RecordingSession::ImuTrajectoryId::toString() const
+{
+    return std::to_string(m_timeSec) + ";" + m_name;
+}
+
+std::string RecordingSession::ImuTrajectoryId::description() const
+{
+    const QString when = QDateTime::fromSecsSinceEpoch(qint64(m_timeSec)).toLocalTime().toString(
+        QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    const std::string text = m_name + " modified on " + when.toStdString();
+    return isRealtime() ? "REALTIME: " + text : text;
+}
+
+bool RecordingSession::ImuTrajectoryId::isRealtime() const
+{
+    if (m_name.size() < 3)
+        return false;
+    return QString::fromStdString(m_name.substr(m_name.size() - 3)).toLower() == QLatin1String("rnv");
+}
 
 RecordingSession::RecordingSession(const std::string& path)
 {

@@ -4,6 +4,7 @@
 #include <datamodel/model/TakeManager.h>
 #include <datamodel/model/Validatable.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,42 @@ namespace datamodel {
 /// its takes and the ground points in its map.
 class RecordingSession : public TakeManager, public ImageCollection, public virtual Validatable {
 public:
+    /// Names one GNSS/IMU trajectory file of the session: the file name
+    /// without directory and its modification time. Its string form is the
+    /// time in decimal seconds, ";" and the name ("1234567890;flight.sbet").
+    class ImuTrajectoryId {
+    public:
+        /// The time value of an id whose time is not known.
+        static constexpr std::uint32_t sUnsetTime = 0xFFFFFFFFu;
+
+        ImuTrajectoryId(const std::string& name, std::uint32_t timeSec);
+        /// From the string form. Throws "Can't construct ImuTrajectoryId;
+        /// string is invalid: \"<text>\"." without a ";" and "Can't convert
+        /// to timestamp: " + the part before it when that is not a number.
+        explicit ImuTrajectoryId(const std::string& text);
+
+        const std::string& name() const { return m_name; }
+        /// Modification time, seconds since 1970-01-01 UTC.
+        std::uint32_t time() const { return m_timeSec; }
+
+        bool operator==(const ImuTrajectoryId& other) const;
+        /// Orders by name, then time.
+        bool operator<(const ImuTrajectoryId& other) const;
+        operator std::string() const { return toString(); }
+        std::string toString() const;
+        /// "<name> modified on <local date and time>", with "REALTIME: " in
+        /// front for a real-time trajectory.
+        std::string description() const;
+        /// The name alone.
+        std::string brief() const { return m_name; }
+        /// Whether the name ends in "rnv" (any case): a real-time trajectory.
+        bool isRealtime() const;
+
+    private:
+        std::string m_name;
+        std::uint32_t m_timeSec;
+    };
+
     /// Opens the session directory `path`. Throws "Can't find path provided
     /// for RecordingSession: " + path when it does not exist and "Cannot find
     /// directory: " + path when it is not a directory.

@@ -25,7 +25,7 @@ using Log = std::vector<std::string>;
 class LoggingL0Image : public L0Image {
 public:
     LoggingL0Image(Take& take, const InfoFile& info, Log& log)
-        : L0Image(take, info, info.bandId() + ".zel")
+        : L0Image(take, 0, info, info.bandId() + ".zel", "", "", "")
         , m_log(log)
     {
     }

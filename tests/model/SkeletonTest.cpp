@@ -90,7 +90,7 @@ private:
 class CountedL0Image : public L0Image {
 public:
     CountedL0Image(Take& take, const InfoFile& info, const std::string& file, int& deaths)
-        : L0Image(take, info, file)
+        : L0Image(take, 0, info, file, "", "", "")
         , m_deaths(deaths)
     {
     }

@@ -113,7 +113,7 @@ protected:
     L0Image* l0(Take& take, const QByteArray& band)
     {
         const InfoFile info = testsupport::makeInfoFile(dir, "L1_" + QString::fromLatin1(band), band);
-        return new L0Image(take, info, "L1" + info.bandId() + ".zel");
+        return new L0Image(take, 0, info, "L1" + info.bandId() + ".zel", "", "", "");
     }
     /// A take with two level-0 images and a level-2 image with one band.
     Take* take(TakeManager& manager, const std::string& name)

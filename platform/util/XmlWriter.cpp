@@ -1,0 +1,83 @@
+#include <platform/util/XmlWriter.h>
+
+#include <QDomDocument>
+#include <QDomElement>
+#include <QDomNamedNodeMap>
+#include <QSaveFile>
+#include <QXmlStreamWriter>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace util {
+
+namespace {
+
+void writeNode(QXmlStreamWriter& writer, const QDomNode& node)
+{
+    switch (node.nodeType()) {
+    case QDomNode::ElementNode: {
+        const QDomElement element = node.toElement();
+        writer.writeStartElement(element.tagName());
+        const QDomNamedNodeMap attributes = element.attributes();
+        std::vector<std::pair<QString, QString>> sorted;
+        for (int i = 0; i < attributes.count(); ++i) {
+            const QDomAttr attribute = attributes.item(i).toAttr();
+            sorted.emplace_back(attribute.name(), attribute.value());
+        }
+        std::sort(sorted.begin(), sorted.end());
+        for (const auto& [name, value] : sorted)
+            writer.writeAttribute(name, value);
+        for (QDomNode child = element.firstChild(); !child.isNull(); child = child.nextSibling())
+            writeNode(writer, child);
+        writer.writeEndElement();
+        break;
+    }
+    case QDomNode::TextNode:
+        writer.writeCharacters(node.toText().data());
+        break;
+    case QDomNode::CDATASectionNode:
+        writer.writeCDATA(node.toCDATASection().data());
+        break;
+    case QDomNode::CommentNode:
+        writer.writeComment(node.toComment().data());
+        break;
+    case QDomNode::ProcessingInstructionNode: {
+        const QDomProcessingInstruction pi = node.toProcessingInstruction();
+        if (pi.target() != QLatin1String("xml"))
+            writer.writeProcessingInstruction(pi.target(), pi.data());
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+QByteArray XmlWriter::toBytes(const QDomDocument& document)
+{
+    QByteArray bytes;
+    QXmlStreamWriter writer(&bytes);
+    writer.setAutoFormatting(true);
+    writer.setAutoFormattingIndent(4);
+    writer.writeStartDocument();
+    for (QDomNode child = document.firstChild(); !child.isNull(); child = child.nextSibling())
+        writeNode(writer, child);
+    writer.writeEndDocument();
+    return bytes;
+}
+
+bool XmlWriter::save(const QDomDocument& document, const QString& path)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    const QByteArray bytes = toBytes(document);
+    if (file.write(bytes) != bytes.size())
+        return false;
+    return file.commit();
+}
+
+} // namespace util
