@@ -2,39 +2,18 @@
 // library reads them) and the text to the angle parser. Any exception other
 // than std::runtime_error, any crash or sanitizer finding is a bug.
 
+#include "FuzzSupport.h"
+
 #include <datamodel/model/InfoFile.h>
 
 #include <QByteArray>
 #include <QString>
 
-#include <cstdint>
-#include <cstdio>
 #include <stdexcept>
-#include <string>
-#include <unistd.h>
-
-namespace {
-
-std::string scratchPath()
-{
-    static const std::string path = [] {
-        char pattern[] = "/tmp/fuzz-info-XXXXXX";
-        const char* dir = mkdtemp(pattern);
-        return std::string(dir ? dir : "/tmp") + "/L12_PANF28A.info";
-    }();
-    return path;
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const std::string path = scratchPath();
-    if (std::FILE* file = std::fopen(path.c_str(), "wb")) {
-        if (size)
-            std::fwrite(data, 1, size, file);
-        std::fclose(file);
-    }
+    const std::string path = fuzzsupport::writeInput("L12_PANF28A.info", data, size);
     try {
         datamodel::InfoFile info(path, datamodel::InfoFile::STRIPNAMEREGEX);
         (void)info.centerPoint();

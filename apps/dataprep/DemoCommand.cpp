@@ -1,7 +1,9 @@
 #include "DemoCommand.h"
 
-#include "DemoSession.h"
 #include "SessionCheck.h"
+
+#include <flightsim/FlightSimulator.h>
+#include <flightsim/SimulationConfig.h>
 
 #include <platform/util/TerminalProgress.h>
 
@@ -17,13 +19,15 @@ const char* DemoCommand::usage() const
 {
     return "Usage: dataprep demo [--keep <dir>] [--json]\n"
            "\n"
-           "Writes the embedded default session (three flight lines of four bands,\n"
-           "one band .info file per band) into a temporary folder, reads it back,\n"
-           "groups the bands into takes, validates every info file and prints a\n"
-           "summary. The folder is removed afterwards unless --keep names one.\n"
+           "Simulates the embedded default session, a small flight (three flight lines\n"
+           "of twelve bands, a dark take, the trajectory and time marks; the simulator's\n"
+           "\"small\" preset with seed 1), into a temporary folder. Then reads its band\n"
+           ".info files back, groups the bands into takes, validates every info file and\n"
+           "prints a summary. The folder is removed afterwards unless --keep names one\n"
+           "(which must not exist or be empty). `dataprep simulate` writes other flights.\n"
            "\n"
            "Options:\n"
-           "  --keep <dir>   write the session into <dir> and leave it there\n"
+           "  --keep <dir>   simulate into <dir> and leave the session there\n"
            "  --json         print the summary as JSON\n";
 }
 
@@ -44,15 +48,16 @@ int DemoCommand::run(const QStringList& arguments)
     }
 
     QTemporaryDir temporary(QDir::tempPath() + QStringLiteral("/dataprep-demo-XXXXXX"));
-    const QString directory = keep.isEmpty() ? temporary.path() : QDir(keep).absolutePath();
     if (keep.isEmpty() && !temporary.isValid())
         throw std::runtime_error("Cannot create a temporary folder: " + temporary.errorString().toStdString());
+    const QString directory = keep.isEmpty() ? temporary.path() : QDir(keep).absolutePath();
 
-    const int files = writeDemoSession(directory);
-    if (!json)
-        std::printf("Wrote the default session (%d band info files) to %s\n\n", files,
-                    directory.toStdString().c_str());
     util::TerminalProgress progress;
+    flightsim::SimulationConfig config = flightsim::SimulationConfig::preset(flightsim::SimulationConfig::Preset::Small);
+    config.seed = 1;
+    const flightsim::SimulationReport report = flightsim::FlightSimulator(config).run(directory, &progress);
+    if (!json)
+        std::printf("%s\n", qPrintable(report.toText()));
     return checkSession(directory, json, &progress);
 }
 

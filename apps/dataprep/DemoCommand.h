@@ -4,12 +4,12 @@
 
 namespace dataprep {
 
-/// `dataprep demo [--keep <dir>]`: writes the embedded default session (a
-/// small flight of band .info files) and runs the session checks on it.
+/// `dataprep demo [--keep <dir>] [--json]`: simulates a small flight (the
+/// embedded default session) and runs the session checks on it.
 class DemoCommand final : public Command {
 public:
     const char* name() const override { return "demo"; }
-    const char* summary() const override { return "write the embedded default session and check it"; }
+    const char* summary() const override { return "simulate a small flight and check it"; }
     const char* usage() const override;
     int run(const QStringList& arguments) override;
 };

@@ -1,11 +1,20 @@
 #include "InspectCommand.h"
 
-#include <datamodel/model/InfoFile.h>
+#include "Fields.h"
 
+#include <datamodel/model/InfoFile.h>
+#include <datamodel/model/L0Image.h>
+#include <datamodel/model/L2Image.h>
+#include <datamodel/model/Take.h>
+#include <datamodel/session/RecordingSession.h>
+#include <datamodel/timing/IntegrationTime.h>
+#include <datamodel/timing/ScanLineData.h>
+#include <datamodel/timing/TdiData.h>
+
+#include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
-#include <QJsonValue>
 
 #include <cstdio>
 #include <stdexcept>
@@ -19,71 +28,177 @@ QJsonValue dateValue(const QDateTime& time)
     return time.isNull() ? QJsonValue() : QJsonValue(time.toUTC().toString(Qt::ISODate));
 }
 
-QJsonObject pointValue(const geo::XYPoint& point)
+Fields pointFields(const geo::XYPoint& point)
 {
-    return QJsonObject{{QStringLiteral("longitude"), point.x}, {QStringLiteral("latitude"), point.y}};
+    Fields fields;
+    fields.add(QStringLiteral("longitude"), point.x, QString::number(point.x, 'f', 8));
+    fields.add(QStringLiteral("latitude"), point.y, QString::number(point.y, 'f', 8));
+    return fields;
 }
 
-QJsonObject infoFileJson(const datamodel::InfoFile& info)
+QString milliseconds(double valueSec)
 {
-    auto text = [](const std::string& s) { return QJsonValue(QString::fromStdString(s)); };
-    return QJsonObject{
-        {QStringLiteral("infoFileName"), text(info.infoFileName())},
-        {QStringLiteral("pixelFilename"), text(info.pixelFilename())},
-        {QStringLiteral("ctFileName"), text(info.ctFileName())},
-        {QStringLiteral("sensorType"), text(info.sensorType())},
-        {QStringLiteral("sensorId"), text(info.sensorId())},
-        {QStringLiteral("bandId"), text(info.bandId())},
-        {QStringLiteral("stripName"), text(info.stripName())},
-        {QStringLiteral("startPos"), pointValue(info.startPos())},
-        {QStringLiteral("stopPos"), pointValue(info.stopPos())},
-        {QStringLiteral("centerPoint"), pointValue(info.centerPoint())},
-        {QStringLiteral("meanFlyingHeight"), double(info.meanFlyingHeight())},
-        {QStringLiteral("flightStart"), dateValue(info.flightStart())},
-        {QStringLiteral("lineStart"), dateValue(info.lineStart())},
-        {QStringLiteral("lineStop"), dateValue(info.lineStop())},
-        {QStringLiteral("integrationTime"), info.integrationTime().value()},
-        {QStringLiteral("hasIntegrationTimeSet"), info.hasIntegrationTimeSet()},
-        {QStringLiteral("lineNumber"), info.lineNumber()},
-        {QStringLiteral("lineLabel"), text(info.lineLabel())},
+    return QString::number(valueSec * 1000.0, 'f', 3) + QStringLiteral(" ms");
+}
+
+Fields inspectInfoFile(const QString& path)
+{
+    const datamodel::InfoFile info(path.toStdString(), datamodel::InfoFile::STRIPNAMEREGEX);
+    Fields fields;
+    fields.add(QStringLiteral("infoFileName"), info.infoFileName())
+        .add(QStringLiteral("pixelFilename"), info.pixelFilename())
+        .add(QStringLiteral("ctFileName"), info.ctFileName())
+        .add(QStringLiteral("sensorType"), info.sensorType())
+        .add(QStringLiteral("sensorId"), info.sensorId())
+        .add(QStringLiteral("bandId"), info.bandId())
+        .add(QStringLiteral("stripName"), info.stripName())
+        .add(QStringLiteral("startPos"), pointFields(info.startPos()))
+        .add(QStringLiteral("stopPos"), pointFields(info.stopPos()))
+        .add(QStringLiteral("centerPoint"), pointFields(info.centerPoint()))
+        .add(QStringLiteral("meanFlyingHeight"), double(info.meanFlyingHeight()))
+        .add(QStringLiteral("flightStart"), dateValue(info.flightStart()))
+        .add(QStringLiteral("lineStart"), dateValue(info.lineStart()))
+        .add(QStringLiteral("lineStop"), dateValue(info.lineStop()))
+        .add(QStringLiteral("integrationTime"), info.integrationTime().value(),
+             info.hasIntegrationTimeSet() ? milliseconds(info.integrationTime().value()) : QStringLiteral("(not set)"))
+        .add(QStringLiteral("hasIntegrationTimeSet"), info.hasIntegrationTimeSet())
+        .add(QStringLiteral("lineNumber"), info.lineNumber())
+        .add(QStringLiteral("lineLabel"), info.lineLabel());
+    return fields;
+}
+
+Fields positionFields(const QDateTime& time, const geo::XYPoint& position, float heightM)
+{
+    Fields fields;
+    fields.add(QStringLiteral("time"), dateValue(time));
+    fields.add(QStringLiteral("longitude"), position.x, QString::number(position.x, 'f', 6));
+    fields.add(QStringLiteral("latitude"), position.y, QString::number(position.y, 'f', 6));
+    fields.add(QStringLiteral("height"), double(heightM));
+    return fields;
+}
+
+Fields takeFields(const datamodel::Take& take)
+{
+    Fields fields;
+    fields.add(QStringLiteral("name"), take.name());
+    fields.add(QStringLiteral("lineLabel"), take.label());
+    fields.add(QStringLiteral("lineNumber"),
+               take.lineNumber() == datamodel::Take::sUnsetLineNumber ? QJsonValue() : QJsonValue(qint64(take.lineNumber())));
+    fields.add(QStringLiteral("meanTerrainHeight"), double(take.meanTerrainHeight()));
+    fields.add(QStringLiteral("rawDataLocation"), take.rawDataLocation());
+    fields.add(QStringLiteral("imagesLocation"), take.imagesLocation());
+    fields.add(QStringLiteral("sensorType"), take.sensorType());
+    fields.add(QStringLiteral("sensorId"), take.sensorId());
+    fields.add(QStringLiteral("sensorVersion"), take.sensorVersion());
+    fields.add(QStringLiteral("eopFilename"), take.eopFilename());
+    fields.add(QStringLiteral("adjustedEopFilename"), take.adjustedEopFilename());
+    const auto* source = take.imuTrajectorySource();
+    fields.add(QStringLiteral("imuTrajectorySource"),
+               source ? QJsonValue(QString::fromStdString(source->toString())) : QJsonValue());
+    if (take.hasStartInformation())
+        fields.add(QStringLiteral("start"), positionFields(take.startTime(), take.startPosition(), take.startHeight()));
+    if (take.hasStopInformation())
+        fields.add(QStringLiteral("stop"), positionFields(take.stopTime(), take.stopPosition(), take.stopHeight()));
+
+    std::vector<Fields> images;
+    for (const datamodel::L0Image* image : take.imagesL0()) {
+        Fields item;
+        item.add(QStringLiteral("index"), int(image->index()));
+        item.add(QStringLiteral("band"), image->bandName());
+        item.add(QStringLiteral("filename"), image->filename());
+        item.add(QStringLiteral("ctFilename"), image->ctFilename());
+        item.add(QStringLiteral("ctgFilename"), image->ctgFilename());
+        item.add(QStringLiteral("fptFilename"), image->fptFilename());
+        item.add(QStringLiteral("infoFileName"), image->infoFileName());
+        const datamodel::IntegrationTime& it = image->integrationTime();
+        if (it.fileName().empty())
+            item.add(QStringLiteral("integrationTime"), it.value().value(),
+                     it.isValid() ? milliseconds(it.value().value()) : QStringLiteral("(unknown)"));
+        else
+            item.add(QStringLiteral("integrationTimeFile"), it.fileName());
+        const datamodel::TdiData& tdi = image->tdiData();
+        if (tdi.fileName().empty())
+            item.add(QStringLiteral("tdiStages"), double(tdi.value()));
+        else
+            item.add(QStringLiteral("tdiFile"), tdi.fileName());
+        item.add(QStringLiteral("swath"), int(image->swathWidth()));
+        item.add(QStringLiteral("offset"), int(image->sampleOffset()));
+        images.push_back(std::move(item));
+    }
+    fields.add(QStringLiteral("imagesL0"), std::move(images));
+
+    std::vector<Fields> products;
+    for (const datamodel::L2Image* image : take.imagesL2()) {
+        Fields item;
+        item.add(QStringLiteral("element"), image->element().tagName());
+        item.add(QStringLiteral("filename"), image->filename());
+        products.push_back(std::move(item));
+    }
+    fields.add(QStringLiteral("imagesL2"), std::move(products));
+
+    std::vector<Fields> darkTakes;
+    for (const datamodel::Take* dark : take.darkTakes())
+        darkTakes.push_back(takeFields(*dark));
+    fields.add(QStringLiteral("darkTakes"), std::move(darkTakes));
+    return fields;
+}
+
+Fields inspectStripFile(const QString& path)
+{
+    // A strip file lies in the raw folder of its session: the folder above
+    // is the session directory that relative names resolve against.
+    const QFileInfo file(path);
+    QDir sessionDirectory = file.absoluteDir();
+    sessionDirectory.cdUp();
+    datamodel::RecordingSession session(sessionDirectory.absolutePath().toStdString());
+    auto* take = new datamodel::Take(session);
+    session.addTake(take);
+    take->parseStpFile(file.absoluteFilePath().toStdString());
+    return takeFields(*take);
+}
+
+Fields inspectScanLineData(const QString& path, bool integrationTimes)
+{
+    // Integration times are stored in microseconds and shown in milliseconds;
+    // TDI files hold stage counts.
+    const double scale = integrationTimes ? 1e-6 : 1.0;
+    const datamodel::ScanLineData data = datamodel::ScanLineData::read(path.toStdString(), scale);
+    auto shown = [&](float value) {
+        return integrationTimes ? milliseconds(value) : QString::number(double(value), 'g', 6);
     };
-}
+    Fields fields;
+    fields.add(QStringLiteral("file"), path);
+    fields.add(QStringLiteral("kind"), integrationTimes ? "integration time (s)" : "TDI stages");
+    fields.add(QStringLiteral("records"), int(QFileInfo(path).size() / 8));
+    if (data.empty()) {
+        fields.add(QStringLiteral("runs"), std::vector<Fields>{});
+        return fields;
+    }
+    fields.add(QStringLiteral("firstLine"), qint64(data.values().begin()->first));
+    fields.add(QStringLiteral("lastLine"), qint64(std::prev(data.values().end())->first));
+    fields.add(QStringLiteral("minValue"), double(data.minValue()), shown(data.minValue()));
+    fields.add(QStringLiteral("maxValue"), double(data.maxValue()), shown(data.maxValue()));
+    fields.add(QStringLiteral("nominalValue"), double(data.nominalValue()), shown(data.nominalValue()));
 
-std::string dateText(const QDateTime& time)
-{
-    return time.isNull() ? std::string("(none)") : time.toUTC().toString(Qt::ISODate).toStdString();
-}
-
-void printInfoFile(const datamodel::InfoFile& info)
-{
-    auto row = [](const char* key, const std::string& value) { std::printf("%-22s %s\n", key, value.c_str()); };
-    auto point = [](const geo::XYPoint& p) {
-        char buffer[96];
-        std::snprintf(buffer, sizeof buffer, "lon %.8f  lat %.8f", p.x, p.y);
-        return std::string(buffer);
-    };
-    row("infoFileName", info.infoFileName());
-    row("pixelFilename", info.pixelFilename());
-    row("ctFileName", info.ctFileName());
-    row("sensorType", info.sensorType());
-    row("sensorId", info.sensorId());
-    row("bandId", info.bandId());
-    row("stripName", info.stripName());
-    row("startPos", point(info.startPos()));
-    row("stopPos", point(info.stopPos()));
-    row("centerPoint", point(info.centerPoint()));
-    row("meanFlyingHeight", std::to_string(info.meanFlyingHeight()) + " m");
-    row("flightStart", dateText(info.flightStart()));
-    row("lineStart", dateText(info.lineStart()));
-    row("lineStop", dateText(info.lineStop()));
-    char intTime[64];
-    if (info.hasIntegrationTimeSet())
-        std::snprintf(intTime, sizeof intTime, "%.1f ms", info.integrationTime().value() * 1000.0);
-    else
-        std::snprintf(intTime, sizeof intTime, "(not set)");
-    row("integrationTime", intTime);
-    row("lineNumber", std::to_string(info.lineNumber()));
-    row("lineLabel", info.lineLabel());
+    // Runs as the file holds them: first line, last line and value.
+    std::vector<Fields> runs;
+    auto it = data.values().begin();
+    while (it != data.values().end()) {
+        auto last = it;
+        auto next = std::next(it);
+        if (next != data.values().end() && next->second == it->second) {
+            last = next;
+            ++next;
+        }
+        Fields run;
+        run.add(QStringLiteral("firstLine"), qint64(it->first));
+        run.add(QStringLiteral("lastLine"), qint64(last->first));
+        run.add(QStringLiteral("value"), double(it->second), shown(it->second));
+        runs.push_back(std::move(run));
+        it = next;
+    }
+    fields.add(QStringLiteral("runs"), std::move(runs));
+    return fields;
 }
 
 } // namespace
@@ -94,6 +209,9 @@ const char* InspectCommand::usage() const
            "\n"
            "Prints every field of a file the library reads. Understood files:\n"
            "  *.info   band info file\n"
+           "  *.stp    strip file (a take with its images, positions and dark takes)\n"
+           "  *.it     per-scan-line integration times\n"
+           "  *.tdi    per-scan-line TDI stages\n"
            "\n"
            "Options:\n"
            "  --json   print one JSON object whose keys are the accessor names\n";
@@ -119,14 +237,24 @@ int InspectCommand::run(const QStringList& arguments)
     const QFileInfo file(path);
     if (!file.exists())
         throw std::runtime_error("File not found: " + path.toStdString());
-    if (file.suffix().compare(QLatin1String("info"), Qt::CaseInsensitive) != 0)
-        throw std::runtime_error("Cannot inspect this kind of file (known: .info): " + path.toStdString());
-
-    const datamodel::InfoFile info(path.toStdString(), datamodel::InfoFile::STRIPNAMEREGEX);
-    if (json)
-        std::printf("%s", QJsonDocument(infoFileJson(info)).toJson(QJsonDocument::Indented).constData());
+    const QString suffix = file.suffix().toLower();
+    Fields fields;
+    if (suffix == QLatin1String("info"))
+        fields = inspectInfoFile(path);
+    else if (suffix == QLatin1String("stp"))
+        fields = inspectStripFile(path);
+    else if (suffix == QLatin1String("it"))
+        fields = inspectScanLineData(path, true);
+    else if (suffix == QLatin1String("tdi"))
+        fields = inspectScanLineData(path, false);
     else
-        printInfoFile(info);
+        throw std::runtime_error("Cannot inspect this kind of file (known: .info, .stp, .it, .tdi): "
+                                 + path.toStdString());
+
+    if (json)
+        std::printf("%s", QJsonDocument(fields.toJson()).toJson(QJsonDocument::Indented).constData());
+    else
+        fields.print();
     return 0;
 }
 

@@ -125,7 +125,7 @@ int checkSession(const QString& directory, bool json, util::ProgressInterface* p
         } else {
             char intTime[32] = "-";
             if (first.hasIntegrationTimeSet())
-                std::snprintf(intTime, sizeof intTime, "%.1f ms", first.integrationTime().value() * 1000.0);
+                std::snprintf(intTime, sizeof intTime, "%.2f ms", first.integrationTime().value() * 1000.0);
             std::printf("%-8s %5d  %-8s %-20s %7.1f s  %-9s  %s\n", take->name().c_str(), first.lineNumber(),
                         first.lineLabel().c_str(), utc(first.lineStart()).toStdString().c_str(), durationSec,
                         intTime, bands.join(QLatin1Char(' ')).toStdString().c_str());

@@ -3,6 +3,7 @@
 
 #include "DemoCommand.h"
 #include "InspectCommand.h"
+#include "SimulateCommand.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -39,6 +40,7 @@ int main(int argc, char** argv)
     std::vector<std::unique_ptr<dataprep::Command>> commands;
     commands.push_back(std::make_unique<dataprep::DemoCommand>());
     commands.push_back(std::make_unique<dataprep::InspectCommand>());
+    commands.push_back(std::make_unique<dataprep::SimulateCommand>());
 
     auto find = [&](const QString& name) -> dataprep::Command* {
         for (const auto& command : commands)

@@ -385,7 +385,10 @@ std::string Take::findStpFile()
 
 bool Take::stpFileExists() const
 {
-    return !m_stpFilename.empty() && QFileInfo::exists(QString::fromStdString(m_stpFilename));
+    if (!m_stpFilename.empty())
+        return QFileInfo::exists(QString::fromStdString(m_stpFilename));
+    // Where findStpFile() would put it, without creating the raw folder.
+    return QFileInfo::exists(QString::fromStdString(m_manager->directory(*this) + "/raw/" + name() + ".stp"));
 }
 
 void Take::writeStpFile()

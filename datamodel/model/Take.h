@@ -168,6 +168,8 @@ public:
     /// The strip file's path: the "raw" folder of the manager's directory
     /// (created when missing; "Failed to create: " + path) + name + ".stp".
     std::string findStpFile();
+    /// Whether the strip file exists: the one set or found, else the one
+    /// findStpFile() would name.
     bool stpFileExists() const;
     /// Writes the take as a strip file (whole or not at all). Throws "No such
     /// path: ", "Couldn't open file \"<path>\"." and the element's messages.

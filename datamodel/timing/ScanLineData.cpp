@@ -81,9 +81,12 @@ void ScanLineData::write(const std::string& path)
             continue;
         unsigned char record[sRecordSize];
         writeU32(record, line);
-        // Truncation after adding one half, clamped to the field's range.
-        const double fileValue = std::clamp(double(value) / m_scale + 0.5, double(INT32_MIN), double(INT32_MAX));
-        writeU32(record + 4, static_cast<std::uint32_t>(static_cast<std::int32_t>(fileValue)));
+        // Rounded to the nearest file unit (halves away from zero, which for
+        // the non-negative values of real files is adding one half and
+        // truncating), clamped to the field's range. Rounding negative values
+        // the same way keeps a read-write round trip exact for them too.
+        const double fileValue = std::clamp(double(value) / m_scale, double(INT32_MIN), double(INT32_MAX));
+        writeU32(record + 4, static_cast<std::uint32_t>(static_cast<std::int32_t>(std::lround(fileValue))));
         bytes.insert(bytes.end(), record, record + sRecordSize);
         lastWritten = value;
     }

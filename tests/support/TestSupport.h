@@ -7,14 +7,24 @@
 #include <datamodel/model/TakeManager.h>
 
 #include <QByteArray>
+#include <QDir>
 #include <QFile>
 #include <QString>
 #include <QTemporaryDir>
 
+#include <cstdint>
 #include <optional>
+#include <ostream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
+
+/// Lets test failures show Qt strings as text.
+inline void PrintTo(const QString& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
 
 namespace testsupport {
 
@@ -56,6 +66,65 @@ inline datamodel::InfoFile makeInfoFile(const QTemporaryDir& dir, const QString&
     const std::string path = writeFile(dir, baseName + QStringLiteral(".info"), fullInfoXml(bandId));
     return datamodel::InfoFile(path, datamodel::InfoFile::STRIPNAMEREGEX);
 }
+
+/// Scan-line data file content: one little-endian record (first line of the
+/// run, value in file units) per pair.
+inline QByteArray scanLineRecords(const std::vector<std::pair<std::uint32_t, std::int32_t>>& records)
+{
+    QByteArray bytes;
+    auto put = [&bytes](std::uint32_t value) {
+        for (int shift = 0; shift < 32; shift += 8)
+            bytes.append(char((value >> shift) & 0xFFu));
+    };
+    for (const auto& [line, value] : records) {
+        put(line);
+        put(static_cast<std::uint32_t>(value));
+    }
+    return bytes;
+}
+
+/// A recording session directory as the recorder leaves it, in a temporary
+/// directory: raw/ for the .info and side files, images/ for the pixel files.
+class SessionDir {
+public:
+    SessionDir()
+    {
+        if (!m_dir.isValid() || !QDir(m_dir.path()).mkpath(QStringLiteral("raw"))
+            || !QDir(m_dir.path()).mkpath(QStringLiteral("images")))
+            throw std::runtime_error("test setup: cannot lay out a session directory");
+        m_path = QDir(m_dir.path()).canonicalPath().toStdString();
+    }
+
+    /// The canonical path of the session directory.
+    const std::string& path() const { return m_path; }
+    std::string raw(const std::string& name) const { return m_path + "/raw/" + name; }
+    std::string images(const std::string& name) const { return m_path + "/images/" + name; }
+
+    /// Writes `relativePath` under the session directory (its folder must
+    /// exist) and returns the absolute path.
+    std::string write(const std::string& relativePath, const QByteArray& content = {}) const
+    {
+        const std::string path = m_path + "/" + relativePath;
+        QFile file(QString::fromStdString(path));
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            throw std::runtime_error("test setup: cannot write " + path);
+        file.write(content);
+        return path;
+    }
+
+    /// Writes raw/`baseName`.info (a complete band file, or `xml`) and parses it.
+    datamodel::InfoFile infoFile(const QString& baseName, const QByteArray& bandId,
+                                 const std::optional<QByteArray>& xml = std::nullopt) const
+    {
+        const std::string path
+            = write("raw/" + baseName.toStdString() + ".info", xml ? *xml : fullInfoXml(bandId));
+        return datamodel::InfoFile(path, datamodel::InfoFile::STRIPNAMEREGEX);
+    }
+
+private:
+    QTemporaryDir m_dir;
+    std::string m_path;
+};
 
 /// Sets (or, with std::nullopt, removes) an environment variable for the
 /// lifetime of the guard, then restores the previous state.
