@@ -118,6 +118,7 @@ std::unique_ptr<coordSys> coordSysFactory::createLSR84(const XYZPoint& anchorDeg
         + formatDeg(anchorDeg.x) + " +lat_0=" + formatDeg(anchorDeg.y) + " +h_0=" + formatDeg(anchorDeg.z);
     auto impl = std::make_unique<coordSys::Impl>();
     impl->ctx = proj_context_create();
+    proj_log_level(impl->ctx, PJ_LOG_NONE); // failures are reported by exceptions
     impl->op = proj_create(impl->ctx, definition.c_str());
     if (!impl->op)
         throw std::runtime_error("Cannot create the LSR System: " + projError(impl->ctx));
@@ -140,6 +141,7 @@ std::unique_ptr<coordSys> coordSysFactory::createCoordSys(const std::string& def
 
     auto impl = std::make_unique<coordSys::Impl>();
     impl->ctx = proj_context_create();
+    proj_log_level(impl->ctx, PJ_LOG_NONE); // failures are reported by exceptions
     PJ* crs = proj_create(impl->ctx, definition.c_str());
     if (!crs)
         throw std::runtime_error("Cannot create coordinate system \"" + definition + "\": " + projError(impl->ctx));
