@@ -1,6 +1,6 @@
 #include "DemoCommand.h"
 
-#include "SessionCheck.h"
+#include "PrepareCommand.h"
 
 #include <flightsim/FlightSimulator.h>
 #include <flightsim/SimulationConfig.h>
@@ -21,10 +21,11 @@ const char* DemoCommand::usage() const
            "\n"
            "Simulates the embedded default session, a small flight (three flight lines\n"
            "of twelve bands, a dark take, the trajectory and time marks; the simulator's\n"
-           "\"small\" preset with seed 1), into a temporary folder. Then reads its band\n"
-           ".info files back, groups the bands into takes, validates every info file and\n"
-           "prints a summary. The folder is removed afterwards unless --keep names one\n"
-           "(which must not exist or be empty). `dataprep simulate` writes other flights.\n"
+           "\"small\" preset with seed 1), into a temporary folder, and prepares it as\n"
+           "`dataprep prepare` does: finds its takes, time-mark file and trajectories,\n"
+           "writes the CTG files and reports which trajectories cover each take. The\n"
+           "folder is removed afterwards unless --keep names one (which must not exist\n"
+           "or be empty). `dataprep simulate` writes other flights.\n"
            "\n"
            "Options:\n"
            "  --keep <dir>   simulate into <dir> and leave the session there\n"
@@ -58,7 +59,7 @@ int DemoCommand::run(const QStringList& arguments)
     const flightsim::SimulationReport report = flightsim::FlightSimulator(config).run(directory, &progress);
     if (!json)
         std::printf("%s\n", qPrintable(report.toText()));
-    return checkSession(directory, json, &progress);
+    return prepareSession(directory, json);
 }
 
 } // namespace dataprep

@@ -9,7 +9,7 @@ namespace dataprep {
 class DemoCommand final : public Command {
 public:
     const char* name() const override { return "demo"; }
-    const char* summary() const override { return "simulate a small flight and check it"; }
+    const char* summary() const override { return "simulate a small flight and prepare it"; }
     const char* usage() const override;
     int run(const QStringList& arguments) override;
 };

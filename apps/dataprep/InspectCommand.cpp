@@ -1,6 +1,8 @@
 #include "InspectCommand.h"
 
+#include "CtgCommand.h"
 #include "Fields.h"
+#include "TrajectoryCommand.h"
 
 #include <datamodel/model/InfoFile.h>
 #include <datamodel/model/L0Image.h>
@@ -212,6 +214,14 @@ const char* InspectCommand::usage() const
            "  *.stp    strip file (a take with its images, positions and dark takes)\n"
            "  *.it     per-scan-line integration times\n"
            "  *.tdi    per-scan-line TDI stages\n"
+           "  *.tm, tm*.dat\n"
+           "           time-mark file: records, periods, first and last mark, GPS week\n"
+           "           rollover, regularity and the irregular steps\n"
+           "  *.ct     camera time of every scan line: lines, first and last, steps\n"
+           "  *.ctg    GPS time of every scan line: lines, first and last, steps, line rate\n"
+           "  *.sbet, sbet*.out, smrmsg*.out, *.sol\n"
+           "           trajectory files: records, time range, GPS week rollover,\n"
+           "           order, record interval, standard deviations\n"
            "\n"
            "Options:\n"
            "  --json   print one JSON object whose keys are the accessor names\n";
@@ -247,8 +257,12 @@ int InspectCommand::run(const QStringList& arguments)
         fields = inspectScanLineData(path, true);
     else if (suffix == QLatin1String("tdi"))
         fields = inspectScanLineData(path, false);
+    else if (isTrajectoryFile(path))
+        fields = inspectTrajectoryFile(path);
+    else if (isTimingFile(path))
+        fields = inspectTimingFile(path);
     else
-        throw std::runtime_error("Cannot inspect this kind of file (known: .info, .stp, .it, .tdi): "
+        throw std::runtime_error("Cannot inspect this kind of file (known: .info, .stp, .it, .tdi, .sbet, .sol, smrmsg, .tm, tm*.dat, .ct, .ctg): "
                                  + path.toStdString());
 
     if (json)

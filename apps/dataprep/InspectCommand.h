@@ -9,7 +9,7 @@ namespace dataprep {
 class InspectCommand final : public Command {
 public:
     const char* name() const override { return "inspect"; }
-    const char* summary() const override { return "print every field of a .info, .stp, .it or .tdi file"; }
+    const char* summary() const override { return "print every field of a .info, .stp, .it, .tdi, trajectory or timing file"; }
     const char* usage() const override;
     int run(const QStringList& arguments) override;
 };

@@ -1,9 +1,12 @@
 // dataprep: prepares recorded flights for triangulation and orthophoto
 // production. Each job is a subcommand; `dataprep help <command>` explains it.
 
+#include "CtgCommand.h"
 #include "DemoCommand.h"
 #include "InspectCommand.h"
+#include "PrepareCommand.h"
 #include "SimulateCommand.h"
+#include "TrajectoryCommand.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -38,9 +41,12 @@ int main(int argc, char** argv)
     arguments.removeFirst();
 
     std::vector<std::unique_ptr<dataprep::Command>> commands;
+    commands.push_back(std::make_unique<dataprep::CtgCommand>());
     commands.push_back(std::make_unique<dataprep::DemoCommand>());
     commands.push_back(std::make_unique<dataprep::InspectCommand>());
+    commands.push_back(std::make_unique<dataprep::PrepareCommand>());
     commands.push_back(std::make_unique<dataprep::SimulateCommand>());
+    commands.push_back(std::make_unique<dataprep::TrajectoryCommand>());
 
     auto find = [&](const QString& name) -> dataprep::Command* {
         for (const auto& command : commands)

@@ -4,11 +4,17 @@
 #include <datamodel/model/Band.h>
 #include <datamodel/model/CacheManager.h>
 #include <datamodel/model/InfoFile.h>
+#include <datamodel/model/Sensor.h>
 #include <datamodel/model/Take.h>
+#include <datamodel/session/RecordingSession.h>
 #include <datamodel/model/TakeManager.h>
+#include <datamodel/timing/CameraTime.h>
 #include <datamodel/timing/IntegrationTimeZelV1.h>
 #include <datamodel/timing/TdiDataZelV1.h>
 #include <datamodel/validation/ValidationTraverser.h>
+
+#include <platform/flightdata/Utility.h>
+#include <platform/util/FileSessionNameGenerator.h>
 
 #include <QDir>
 #include <QDomElement>
@@ -65,6 +71,17 @@ L0Image::~L0Image() = default;
 
 double L0Image::lookAngle() const
 {
+    // The camera description knows the angle exactly; without one, the band
+    // code's two digits give it in whole degrees.
+    if (const auto* session = dynamic_cast<const RecordingSession*>(&take().manager())) {
+        try {
+            const Sensor& sensor = session->sensor();
+            if (const Sensor::BandGeometry* geometry = sensor.band(m_bandName))
+                return geometry->lookAngleDeg;
+        } catch (const std::exception&) {
+            // Fall back to the band code.
+        }
+    }
     return Band::lookAngleFromName(m_bandName);
 }
 
@@ -88,6 +105,20 @@ void L0Image::setTdiData(std::unique_ptr<TdiData> tdiData)
 {
     if (tdiData)
         m_tdiData = std::move(tdiData);
+}
+
+CameraTime& L0Image::cameraTime()
+{
+    if (!m_cameraTime)
+        m_cameraTime = std::make_unique<CameraTime>(*this);
+    return *m_cameraTime;
+}
+
+const CameraTime& L0Image::cameraTime() const
+{
+    if (!m_cameraTime)
+        m_cameraTime = std::make_unique<CameraTime>(*this);
+    return *m_cameraTime;
 }
 
 std::string L0Image::staticName(const std::string& lineLabel, const QDateTime& start, unsigned serial,
@@ -116,10 +147,54 @@ std::string L0Image::staticName() const
 const std::string& L0Image::filename() const
 {
     if (m_filename.empty()) {
-        const std::string directory = take().manager().directory(take());
-        m_filename = directory + "/images/" + staticName() + ".lri";
+        const auto* session = dynamic_cast<const RecordingSession*>(&take().manager());
+        const std::string base = session && !session->fileNamingPattern().empty()
+            ? dynamicName(session->fileNamingPattern())
+            : staticName();
+        // Bands of the newer sensor generation are recorded as .lov files.
+        bool newerGeneration = false;
+        if (session) {
+            try {
+                newerGeneration = flightdata::Utility::isZelM9(*session->flightDataSession());
+            } catch (const std::exception&) {
+                newerGeneration = false;
+            }
+        }
+        m_filename = take().manager().directory(take()) + "/images/" + base + (newerGeneration ? ".lov" : ".lri");
     }
     return m_filename;
+}
+
+std::string L0Image::dynamicName(const std::string& pattern, const std::string& lineLabel, long long lineNumber,
+                                 const QDateTime& start, const std::string& sensorId, const std::string& sensorType,
+                                 const std::string& bandName)
+{
+    bool ok = false;
+    const unsigned serial = QString::fromStdString(sensorId).toUInt(&ok, 10);
+    if (!ok)
+        throw std::runtime_error("The sensor ID for this camera is not numeric! (" + sensorId + ")");
+    util::FileSessionNameGenerator::Options options;
+    options.band = bandName;
+    options.lineName = lineLabel;
+    options.lineNumber = lineNumber;
+    options.serial = serial;
+    options.start = start;
+    options.sensorType = sensorType;
+    return util::FileSessionNameGenerator(options, QString::fromStdString(pattern)).createNameFromPattern();
+}
+
+std::string L0Image::dynamicName(const std::string& pattern) const
+{
+    const Take& owner = take();
+    std::string label = owner.label();
+    long long lineNumber = owner.lineNumber() == Take::sUnsetLineNumber ? -1 : owner.lineNumber();
+    if (hasInfoFile()) {
+        if (label.empty())
+            label = infoFile().lineLabel();
+        lineNumber = infoFile().lineNumber();
+    }
+    return dynamicName(pattern, label, lineNumber, owner.startTime(), owner.sensorId(), owner.sensorType(),
+                       m_bandName);
 }
 
 void L0Image::resetFilename()
@@ -249,7 +324,7 @@ void L0Image::read(Serializer&)
 
 void L0Image::uncache()
 {
-    // Nothing is cached on a level-0 image yet.
+    m_cameraTime.reset();
 }
 
 void L0Image::traverse(CacheManager& manager)

@@ -10,6 +10,7 @@
 
 namespace datamodel {
 
+class CameraTime;
 class InfoFile;
 class IntegrationTime;
 class TdiData;
@@ -40,7 +41,9 @@ public:
     const std::string& bandName() const { return m_bandName; }
     unsigned swathWidth() const { return m_swathWidthPx; }
     unsigned sampleOffset() const { return m_sampleOffsetPx; }
-    /// Look angle of the band in degrees (positive forward, negative backward).
+    /// Look angle of the band in degrees (positive forward, negative
+    /// backward): from the session's camera description when it describes
+    /// the band, else from the band code.
     double lookAngle() const;
 
     /// Whether the image has an info file.
@@ -58,14 +61,28 @@ public:
     const TdiData& tdiData() const { return *m_tdiData; }
     void setTdiData(std::unique_ptr<TdiData> tdiData);
 
+    /// The GPS times of the band's scan lines, made on first use and kept
+    /// until uncache(); nothing is read until a time is asked for.
+    CameraTime& cameraTime();
+    const CameraTime& cameraTime() const;
+
     /// The static base name: label + "_" + serial mod 10000 (at least three
     /// digits) + "_" + start as "yyMMdd_HHmm" + "_" + band, e.g.
     /// L12_2004_090307_1004_PANF02A.
     static std::string staticName(const std::string& lineLabel, const QDateTime& start, unsigned serial,
                                   const std::string& bandName);
 
-    /// The pixel file: derived once (images folder of the take's manager
-    /// directory + the static name + ".lri") unless it was given.
+    /// The base name made from a file naming pattern (see
+    /// util::FileSessionNameGenerator). Throws "The sensor ID for this camera
+    /// is not numeric! (" + id + ")".
+    static std::string dynamicName(const std::string& pattern, const std::string& lineLabel, long long lineNumber,
+                                   const QDateTime& start, const std::string& sensorId,
+                                   const std::string& sensorType, const std::string& bandName);
+
+    /// The pixel file: derived once unless it was given: the images folder of
+    /// the take's manager directory + the base name (from the session's file
+    /// naming pattern when it has one, else the static name) + ".lov" for
+    /// the newer sensor generation, else ".lri".
     const std::string& filename() const;
     /// Forgets the pixel file name so that the next filename() derives it
     /// again; the side-file names stay.
@@ -97,6 +114,7 @@ public:
     void write(QDomElement& parent, QDomDocument& document) const override;
     void read(Serializer& serializer) override;
 
+    /// Releases the camera times.
     void uncache() override;
     /// Calls the manager's traverse(L0Image&).
     void traverse(CacheManager& manager) override;
@@ -106,6 +124,7 @@ public:
 private:
     std::string sideFile(const char* extension) const;
     std::string staticName() const;
+    std::string dynamicName(const std::string& pattern) const;
 
     unsigned m_index;
     std::string m_bandName;
@@ -115,6 +134,7 @@ private:
     mutable std::unique_ptr<InfoFile> m_info;
     std::unique_ptr<IntegrationTime> m_integrationTime;
     std::unique_ptr<TdiData> m_tdiData;
+    mutable std::unique_ptr<CameraTime> m_cameraTime;
     mutable std::string m_filename;
     mutable std::string m_ctFilename;
     mutable std::string m_ctgFilename;

@@ -7,12 +7,14 @@
 #include <datamodel/model/L2Image.h>
 #include <datamodel/model/Serializer.h>
 #include <datamodel/model/TakeManager.h>
+#include <datamodel/timing/CameraTime.h>
 #include <datamodel/timing/IntegrationTimeZelV1.h>
 #include <datamodel/timing/IntegrationTimeZelV2.h>
 #include <datamodel/timing/TdiDataZelV1.h>
 #include <datamodel/timing/TdiDataZelV2.h>
 #include <datamodel/validation/ValidationTraverser.h>
 
+#include <platform/flightdata/Utility.h>
 #include <platform/util/XmlWriter.h>
 
 #include <QDir>
@@ -25,6 +27,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 
 namespace datamodel {
@@ -209,6 +212,35 @@ void Take::setName(const std::string& name)
     m_nameSet = true;
 }
 
+int Take::index() const
+{
+    if (m_index >= 0)
+        return m_index;
+    if (m_lineNumber == sUnsetLineNumber) {
+        if (m_imagesL0.empty() || !m_imagesL0.front())
+            throw std::runtime_error("No images; can't find the line number of take " + name());
+        const int infoLineNumber = m_imagesL0.front()->infoFile().lineNumber();
+        if (infoLineNumber < 0)
+            throw std::runtime_error("No line number for take " + name());
+        m_lineNumber = std::uint32_t(infoLineNumber);
+    }
+    const auto flight = session().flightDataSession();
+    const flightdata::ZelTake& wanted = flightdata::Utility::takeFromLineNumber(*flight, m_lineNumber);
+    int position = 0;
+    for (const flightdata::ZelLine& line : flight->lines()) {
+        for (const flightdata::ZelTake& take : line.takes) {
+            if (take.isDark())
+                continue;
+            if (&take == &wanted) {
+                m_index = position;
+                return m_index;
+            }
+            ++position;
+        }
+    }
+    throw std::runtime_error("No take for line number " + std::to_string(m_lineNumber) + " in the flight data");
+}
+
 RecordingSession& Take::session() const
 {
     auto* session = dynamic_cast<RecordingSession*>(m_manager);
@@ -311,6 +343,34 @@ void Take::addImage(L2Image* image)
 void Take::addDarkTake(Take* take)
 {
     m_darkTakes.push_back(take);
+}
+
+void Take::removeDarkTake(const Take* take)
+{
+    m_darkTakes.erase(std::remove(m_darkTakes.begin(), m_darkTakes.end(), take), m_darkTakes.end());
+}
+
+void Take::minMaxGpsTimes(double& min, double& max) const
+{
+    // max starts at the smallest positive double, not the most negative one:
+    // GPS times of the week are never negative.
+    min = std::numeric_limits<double>::max();
+    max = std::numeric_limits<double>::min();
+    for (const L0Image* image : m_imagesL0) {
+        if (!image)
+            continue;
+        Seconds first;
+        Seconds last;
+        try {
+            image->cameraTime().computeMinMax(first, last);
+        } catch (const std::exception&) {
+            continue;
+        }
+        min = std::min(min, first.value());
+        max = std::max(max, last.value());
+    }
+    if (min == std::numeric_limits<double>::max())
+        throw std::runtime_error("Cannot compute min/max times for the image lines.");
 }
 
 void Take::setImuTrajectorySource(const RecordingSession::ImuTrajectoryId& id)

@@ -70,6 +70,11 @@ public:
     void setLabel(const std::string& label) { m_lineLabel = label; }
     /// sUnsetLineNumber when unset.
     std::uint32_t lineNumber() const { return m_lineNumber; }
+    /// The position (0-based) of the take among the image takes of the
+    /// session's flight data, in recording order, found by its line number
+    /// (taken from the first image's info file when unset) and cached.
+    /// Throws when the take has no line number or the flight data cannot tell.
+    int index() const;
     void setLineNumber(std::uint32_t lineNumber) { m_lineNumber = lineNumber; }
 
     // Owner
@@ -108,6 +113,8 @@ public:
     /// Lists `take` as a dark take of this one (not owned).
     void addDarkTake(Take* take);
     const std::vector<Take*>& darkTakes() const { return m_darkTakes; }
+    /// Stops listing `take` as a dark take (when it is about to be deleted).
+    void removeDarkTake(const Take* take);
 
     // Sensor
     const std::string& sensorId() const { return m_sensorId; }
@@ -131,6 +138,11 @@ public:
     /// Takes `path`'s file name as the adjusted EOP file.
     void setAdjustedEopTrajectory(const std::string& path);
     bool hasAdjustedEopTrajectory() const { return !m_adjustedEopFilename.empty(); }
+    /// The GPS time range of the take's scan lines, s: the widest range of
+    /// the level-0 images' camera times (an image whose times fail is
+    /// skipped). Throws "Cannot compute min/max times for the image lines."
+    /// when no image gives a range.
+    void minMaxGpsTimes(double& min, double& max) const;
 
     // Position and time
     bool hasStartInformation() const { return m_start.has_value(); }
@@ -212,7 +224,8 @@ private:
     std::string m_sensorId;
     std::string m_sensorType;
     int m_calibrationVersion = -1;
-    std::uint32_t m_lineNumber = sUnsetLineNumber;
+    mutable std::uint32_t m_lineNumber = sUnsetLineNumber;
+    mutable int m_index = -1;
     std::string m_lineLabel;
     std::vector<L2Image*> m_imagesL2;
     std::unique_ptr<RecordingSession::ImuTrajectoryId> m_trajectorySource;

@@ -80,6 +80,10 @@ void ValidationTraverser::validate(Band&) {}
 
 void ValidationTraverser::validate(InfoFile&) {}
 
+void ValidationTraverser::validate(CameraTime&) {}
+
+void ValidationTraverser::validate(ImuTrajectory&) {}
+
 void ValidationTraverser::error(const std::string& message)
 {
     if (m_error)

@@ -6,8 +6,10 @@ namespace datamodel {
 
 class Band;
 class Block;
+class CameraTime;
 class Image;
 class ImageCollection;
+class ImuTrajectory;
 class InfoFile;
 class L0Image;
 class L1Image;
@@ -70,6 +72,10 @@ public:
     virtual void validate(Band& band);
     /// Checks nothing.
     virtual void validate(InfoFile& file);
+    /// Checks nothing (called by CameraTime::traverse once the times are loaded).
+    virtual void validate(CameraTime& times);
+    /// Checks nothing.
+    virtual void validate(ImuTrajectory& trajectory);
 
 protected:
     virtual void error(const std::string& message);

@@ -1,0 +1,637 @@
+#include <datamodel/trajectory/PosFile.h>
+
+#include <datamodel/log/VNLLog.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <numbers>
+#include <stdexcept>
+
+namespace datamodel {
+
+static_assert(std::endian::native == std::endian::little,
+              "the trajectory readers take the files' little-endian numbers as they lie");
+
+namespace {
+
+VNLLog& log()
+{
+    static VNLLog logger("datamodel.PosFile");
+    return logger;
+}
+
+const char* const sIndexOutOfBounds = "Index out of bounds.";
+const char* const sOutsideRecording = "GPS time is out side of recording time for the trajectory.";
+const char* const sTimeOutOfRange = "gps time is out of range";
+
+/// Two records closer than this in time are the same instant.
+constexpr double sSameTimeSec = 1e-6;
+/// Records whose intervals give frequency().
+constexpr int sFrequencyRecords = 250;
+
+double halfTurn(bool radians)
+{
+    return radians ? std::numbers::pi : 180.0;
+}
+
+/// The angle in (-h, h]: fmod(angle + h, 2h), moved up by 2h when not
+/// positive, less h. An angle already in range skips fmod, which would
+/// return its argument unchanged (or 0 for exactly 2h, which becomes 2h).
+inline double normalise(double angle, double h)
+{
+    double r = angle + h;
+    if (!(r > 0.0 && r <= 2.0 * h)) {
+        r = std::fmod(r, 2.0 * h);
+        if (r <= 0.0)
+            r += 2.0 * h;
+    }
+    return r - h;
+}
+
+double loadDouble(const unsigned char* bytes)
+{
+    double value;
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+}
+
+} // namespace
+
+PosFile::PosFile(const std::string& fileName)
+    : m_fileName(fileName)
+{
+    m_file.setFileName(QString::fromStdString(fileName));
+    if (!open())
+        throw std::runtime_error("Could not open " + fileName);
+}
+
+PosFile::~PosFile()
+{
+    close();
+}
+
+bool PosFile::open()
+{
+    if (m_file.isOpen())
+        return true;
+    if (!m_file.open(QIODevice::ReadOnly))
+        return false;
+    mapFile();
+    m_position = 0;
+    return true;
+}
+
+void PosFile::mapFile()
+{
+    // A mapped file is read without a system call per record, which is what
+    // makes random lookups cheap; the mapping holds no memory of its own
+    // beyond the page cache that reading would fill anyway. When the file
+    // cannot be mapped (an empty file, an unusual file system) records are
+    // read with seek and read.
+    const qint64 size = m_file.size();
+    if (size <= 0)
+        return;
+    if (uchar* map = m_file.map(0, size)) {
+        m_map = map;
+        m_mapBytes = size;
+    }
+}
+
+void PosFile::close()
+{
+    if (m_map) {
+        m_file.unmap(const_cast<uchar*>(m_map));
+        m_map = nullptr;
+        m_mapBytes = 0;
+    }
+    m_file.close();
+}
+
+bool PosFile::isOpen() const
+{
+    return m_file.isOpen();
+}
+
+void PosFile::setStartStopTime(Seconds start, Seconds stop)
+{
+    m_startTime = start.value();
+    m_endTime = stop.value();
+}
+
+void PosFile::setLayout(const RecordLayout& layout)
+{
+    m_layout = layout;
+    m_recordBytes = layout.recordBytes;
+    m_buffer.assign(std::size_t(layout.recordBytes), 0);
+}
+
+bool PosFile::readBytes(qint64 offset, void* buffer, qint64 size)
+{
+    if (m_map) {
+        if (offset < 0 || offset + size > m_mapBytes)
+            return false;
+        std::memcpy(buffer, m_map + offset, std::size_t(size));
+        return true;
+    }
+    if (!m_file.isOpen() || !m_file.seek(offset))
+        return false;
+    return m_file.read(static_cast<char*>(buffer), size) == size;
+}
+
+void PosFile::checkFile(RecordTest test, bool testLastRecord)
+{
+    const qint64 recordBytes = m_recordBytes;
+    const qint64 size = m_file.size();
+    std::vector<unsigned char> record(std::size_t(recordBytes), 0);
+
+    if (size < recordBytes || !readBytes(0, record.data(), recordBytes))
+        throw std::runtime_error("Failed to read first record from file.");
+    const double firstTime = loadDouble(record.data() + m_layout.timeOffset);
+    if (!test(record.data(), firstTime))
+        throw std::runtime_error("First record is not valid.");
+
+    // The last complete record: a trailing partial record (a file cut short
+    // while it was written) is not part of the trajectory.
+    const qint64 count = size / recordBytes;
+    if (count > INT_MAX)
+        throw std::runtime_error("Too many records in trajectory file: " + m_fileName);
+    const qint64 lastOffset = (count - 1) * recordBytes;
+    if (!m_map && !m_file.seek(lastOffset))
+        throw std::runtime_error("Failed to move to last record.");
+    if (!readBytes(lastOffset, record.data(), recordBytes))
+        throw std::runtime_error("Failed to read last record.");
+    const double lastTime = loadDouble(record.data() + m_layout.timeOffset);
+    if (testLastRecord && !test(record.data(), lastTime))
+        throw std::runtime_error("Last record is not valid.");
+
+    m_startTime = firstTime;
+    m_endTime = lastTime;
+    m_numSets = int(count);
+    m_position = 0;
+    mapFileIndex(sIndexStep);
+    VNL_LOG_DEBUG(log(), m_fileName << ": " << m_numSets << " records from " << m_startTime << " to " << m_endTime
+                                    << (hasGpsRollover() ? " (GPS week rollover)" : "") << ", " << m_index.size()
+                                    << " index entries" << (m_ordered ? "" : ", not in increasing order")
+                                    << (size % recordBytes ? ", trailing partial record ignored" : ""));
+}
+
+void PosFile::mapFileIndex(int step)
+{
+    m_index.clear();
+    m_ordered = true;
+    double previous = std::numeric_limits<double>::min();
+    // Entries are collected in insertion order, which is ascending record
+    // order; equal times keep the record inserted last, as an ordered map
+    // whose insertion overwrites would. A time that is not a number cannot
+    // be looked up and is left out.
+    auto insert = [this](double time, int index) {
+        if (!std::isnan(time))
+            m_index.emplace_back(time, index);
+    };
+    const long long last = m_numSets - 1LL;
+    if (step == 1)
+        m_index.reserve(std::size_t(m_numSets));
+    for (long long i = 0; i < last; i += step) {
+        const double time = adjustedTime(int(i));
+        insert(time, int(i));
+        if (step > 1 && !(time > previous)) {
+            VNL_LOG_DEBUG(log(), m_fileName << ": record " << i << " is not later than the record " << step
+                                            << " before it; indexing every record");
+            mapFileIndex(1);
+            m_ordered = false;
+            return;
+        }
+        previous = time;
+    }
+    const double end = adjusted(m_endTime);
+    insert(end, m_numSets - 1);
+    if (!(end > previous))
+        m_ordered = false;
+
+    std::sort(m_index.begin(), m_index.end());
+    auto out = m_index.begin();
+    for (auto it = m_index.begin(); it != m_index.end(); ++it) {
+        if (out != m_index.begin() && (out - 1)->first == it->first)
+            (out - 1)->second = it->second;
+        else
+            *out++ = *it;
+    }
+    m_index.erase(out, m_index.end());
+    m_index.shrink_to_fit();
+    m_position = 0;
+}
+
+std::size_t PosFile::lowerBound(double t) const
+{
+    // The first entry at or after t. The search halves the range without
+    // branching on the comparison: random lookups would mispredict about
+    // every second branch.
+    const std::pair<double, int>* entry = m_index.data();
+    std::size_t length = m_index.size();
+    if (length == 0)
+        return 0;
+    while (length > 1) {
+        const std::size_t half = length / 2;
+        entry += entry[half - 1].first < t ? half : 0;
+        length -= half;
+    }
+    entry += entry->first < t ? 1 : 0;
+    return std::size_t(entry - m_index.data());
+}
+
+int PosFile::estimateIndex(Seconds gpsTime) const
+{
+    const double t = adjusted(gpsTime.value());
+    const auto it = m_index.begin() + std::ptrdiff_t(lowerBound(t));
+    if (it == m_index.end())
+        throw std::runtime_error(sTimeOutOfRange);
+    if (it == m_index.begin())
+        return it->second;
+    const auto [t0, i0] = *(it - 1);
+    const auto [t1, i1] = *it;
+    if (t1 == t0 || t0 == t)
+        return i0;
+    if (t1 == t)
+        return i1;
+    // t lies strictly between t0 and t1; the fraction is only outside [0, 1]
+    // (or not a number) for infinite times in a corrupt file.
+    double fraction = (t - t0) / (t1 - t0);
+    if (!(fraction >= 0.0))
+        fraction = 0.0;
+    else if (fraction > 1.0)
+        fraction = 1.0;
+    return i0 + int(double(i1 - i0) * fraction);
+}
+
+bool PosFile::seekRecord(int index)
+{
+    if (!m_file.isOpen())
+        return false;
+    const qint64 offset = qint64(index) * m_recordBytes;
+    if (!m_map && !m_file.seek(offset))
+        return false;
+    m_position = offset;
+    return true;
+}
+
+void PosFile::checkedSeek(int index)
+{
+    if (index < 0 || index >= m_numSets)
+        throw std::runtime_error(m_layout.indexError);
+    if (!seekRecord(index))
+        throw std::runtime_error(m_layout.seekError);
+}
+
+const unsigned char* PosFile::readNextRecordBytes()
+{
+    if (m_map || !readBytes(m_position, m_buffer.data(), m_recordBytes))
+        return nullptr;
+    m_position += m_recordBytes;
+    return m_buffer.data();
+}
+
+double PosFile::readStoredTime(int index)
+{
+    const qint64 offset = qint64(index) * m_recordBytes + m_layout.timeOffset;
+    if (!m_file.isOpen())
+        throw std::runtime_error(m_layout.seekError);
+    double time;
+    if (!readBytes(offset, &time, sizeof time))
+        throw std::runtime_error(m_layout.readError);
+    return time;
+}
+
+void PosFile::requireIndex(int index) const
+{
+    if (index < 0 || index >= m_numSets)
+        throw std::runtime_error(sIndexOutOfBounds);
+}
+
+void PosFile::requireInsideRecording(double adjustedTime) const
+{
+    if (!(adjustedTime >= m_startTime && adjustedTime <= adjusted(m_endTime)))
+        throw std::runtime_error(sOutsideRecording);
+}
+
+bool PosFile::isTimeInsideFile(Seconds t) const
+{
+    const double time = adjusted(t.value());
+    return time >= m_startTime && time <= adjusted(m_endTime);
+}
+
+bool PosFile::isValidGpsTime(Seconds t)
+{
+    return t.value() >= 0.0 && t.value() < sSecondsPerWeek;
+}
+
+void PosFile::getRecord(int index, ImuRecord& record)
+{
+    requireIndex(index);
+    readRecord(index, record);
+}
+
+void PosFile::prefetchRecords(int first, int count) const
+{
+#if defined(__GNUC__)
+    if (!m_map)
+        return;
+    const qint64 begin = std::max<qint64>(qint64(first) * m_recordBytes, 0);
+    const qint64 end = std::min<qint64>((qint64(first) + count) * m_recordBytes, m_mapBytes);
+    for (qint64 offset = begin & ~qint64(63); offset < end; offset += 64)
+        __builtin_prefetch(m_map + offset);
+#else
+    (void)first;
+    (void)count;
+#endif
+}
+
+void PosFile::prefetchAt(double t) const
+{
+    if (!m_map || m_index.empty() || std::isnan(t))
+        return;
+    // Where the accuracy of t is looked up: clamped into the file.
+    t = std::min(std::max(t, m_startTime), adjusted(m_endTime));
+    const std::size_t entry = std::min(lowerBound(t), m_index.size() - 1);
+    int i = m_index[entry].second;
+    if (entry > 0 && m_index[entry - 1].first < m_index[entry].first) {
+        const auto [t0, i0] = m_index[entry - 1];
+        const double fraction = (t - t0) / (m_index[entry].first - t0);
+        if (fraction >= 0.0 && fraction <= 1.0)
+            i = i0 + int(double(i - i0) * fraction);
+    }
+    prefetchRecords(i - 1, 3);
+}
+
+PosFile::Bracket PosFile::locate(double t)
+{
+    requireInsideRecording(t);
+    return locateFrom(t, estimateIndex(seconds(t)));
+}
+
+PosFile::Bracket PosFile::locateFrom(double t, int i)
+{
+    requireIndex(i);
+    // The estimate is nearly always within a record of t: ask for the
+    // records around it (and for the accuracy records of that time) at
+    // once, so that their cache misses overlap instead of following one
+    // another.
+    prefetchRecords(i - 1, 3);
+    if (m_companion)
+        m_companion->prefetchAt(t);
+    Bracket bracket;
+    bracket.estimate = i;
+    const double ti = adjustedTime(i);
+    bracket.estimateTime = ti;
+    if (std::abs(ti - t) < sSameTimeSec) {
+        bracket.first = i;
+        bracket.exact = true;
+        return bracket;
+    }
+    // Walk to the two records around t; only their times are read on the way.
+    int j = i;
+    if (ti < t) {
+        bracket.forward = true;
+        double passed = ti;
+        for (;;) {
+            requireIndex(++j);
+            const double tj = adjustedTime(j);
+            if (tj >= t)
+                break;
+            if (tj > passed)
+                passed = tj;
+        }
+        bracket.first = j - 1;
+        bracket.passedTime = passed;
+        return bracket;
+    }
+    double passed = std::isnan(ti) ? std::numeric_limits<double>::infinity() : ti;
+    for (;;) {
+        requireIndex(--j);
+        const double tj = adjustedTime(j);
+        if (tj <= t)
+            break;
+        if (tj < passed)
+            passed = tj;
+    }
+    bracket.first = j;
+    bracket.passedTime = passed;
+    return bracket;
+}
+
+void PosFile::getRecord(Seconds gpsTime, ImuRecord& record)
+{
+    const double t = adjusted(gpsTime.value());
+    const Bracket bracket = locate(t);
+    if (bracket.exact) {
+        readRecord(bracket.first, record);
+        return;
+    }
+    ImuRecord a;
+    ImuRecord b;
+    readRecord(bracket.first, a);
+    readRecord(bracket.first + 1, b);
+    record.time = t;
+    interpolate(a, b, record);
+    record.time = gpsTime.value();
+}
+
+void PosFile::getRecords(const Seconds* gpsTimes, std::size_t count, ImuRecord* records)
+{
+    // Lookups in groups: first the estimates of a group, whose records are
+    // asked for from memory at once, then the lookups themselves, which then
+    // mostly find their records in the caches.
+    constexpr std::size_t sGroup = 16;
+    for (std::size_t first = 0; first < count; first += sGroup) {
+        const std::size_t end = std::min(count, first + sGroup);
+        for (std::size_t k = first; k < end; ++k) {
+            const double t = adjusted(gpsTimes[k].value());
+            prefetchAt(t);
+            if (m_companion)
+                m_companion->prefetchAt(t);
+        }
+        for (std::size_t k = first; k < end; ++k)
+            getRecord(gpsTimes[k], records[k]);
+    }
+}
+
+int PosFile::getNearestIndex(Seconds gpsTime, bool before)
+{
+    const double t = adjusted(gpsTime.value());
+    requireInsideRecording(t);
+    const int i = estimateIndex(seconds(t));
+    requireIndex(i);
+    const double ti = adjustedTime(i);
+    if (std::abs(ti - t) < sSameTimeSec)
+        return i;
+    int nearest;
+    if (ti < t) {
+        int j = i;
+        while (j < m_numSets && !(adjustedTime(j) >= t))
+            ++j;
+        nearest = before ? j - 1 : j;
+    } else {
+        int j = i;
+        while (j >= 0 && !(adjustedTime(j) <= t))
+            --j;
+        nearest = before ? j : j + 1;
+    }
+    return std::clamp(nearest, 0, m_numSets - 1);
+}
+
+double PosFile::frequency()
+{
+    const int first = std::max((m_numSets - sFrequencyRecords) / 2, 0);
+    const int end = std::min(first + sFrequencyRecords, m_numSets);
+    std::array<double, sFrequencyRecords> intervals{};
+    int count = 0;
+    try {
+        double previous = adjustedTime(first);
+        for (int i = first + 1; i < end; ++i) {
+            const double time = adjustedTime(i);
+            intervals[std::size_t(count++)] = time - previous;
+            previous = time;
+        }
+    } catch (const std::runtime_error&) {
+        // A record that cannot be read ends the sample.
+    }
+    if (count == 0)
+        return std::numeric_limits<double>::quiet_NaN();
+    // Not-a-number intervals (corrupt times) sort last, so that the order is total.
+    std::sort(intervals.begin(), intervals.begin() + count, [](double a, double b) {
+        return a < b || (!std::isnan(a) && std::isnan(b));
+    });
+    const int dropped = count / 4;
+    double sum = 0.0;
+    for (int k = dropped; k < count - dropped; ++k)
+        sum += intervals[std::size_t(k)];
+    return sum / double(count - 2 * dropped);
+}
+
+void PosFile::readAttitudes(int first, int count, Attitude* out)
+{
+    if (first < 0 || count < 0 || qint64(first) + count > m_numSets)
+        throw std::runtime_error(sIndexOutOfBounds);
+    const qint64 begin = qint64(first) * m_recordBytes;
+    const qint64 end = begin + qint64(count) * m_recordBytes;
+    if (m_map && end <= m_mapBytes) {
+        const unsigned char* record = m_map + begin;
+        for (int k = 0; k < count; ++k, record += m_recordBytes) {
+            out[k].time = loadDouble(record + m_layout.timeOffset);
+            out[k].roll = loadDouble(record + m_layout.rollOffset);
+            out[k].pitch = loadDouble(record + m_layout.pitchOffset);
+        }
+        return;
+    }
+    if (!m_file.isOpen())
+        throw std::runtime_error(m_layout.seekError);
+    for (int k = 0; k < count; ++k) {
+        if (!readBytes(begin + qint64(k) * m_recordBytes, m_buffer.data(), m_recordBytes))
+            throw std::runtime_error(m_layout.readError);
+        out[k].time = loadDouble(m_buffer.data() + m_layout.timeOffset);
+        out[k].roll = loadDouble(m_buffer.data() + m_layout.rollOffset);
+        out[k].pitch = loadDouble(m_buffer.data() + m_layout.pitchOffset);
+    }
+}
+
+double PosFile::linearInterpolateAngle(double x0, double a0, double x1, double a1, double x, bool radians)
+{
+    if (x == x0 && x0 != x1)
+        return a0;
+    if (x == x1 && x0 != x1)
+        return a1;
+    UnwrapAngle(a0, a1, radians);
+    return normalise(linear(a0, a1, x0, x1, x), halfTurn(radians));
+}
+
+void PosFile::UnwrapAngle(double& a, double& b, bool radians)
+{
+    const double h = halfTurn(radians);
+    a = normalise(a, h);
+    b = normalise(b, h);
+    // After normalising, every loop below runs at most once (or not at all
+    // for angles that are not numbers).
+    if (a == 0.0 && b > h) {
+        while (b > h)
+            b -= 2.0 * h;
+    } else if (b == 0.0 && a > h) {
+        while (a > h)
+            a -= 2.0 * h;
+    } else {
+        const double d = std::abs(a - b);
+        if (d > h) {
+            if (a * b >= 0.0) {
+                if (a >= h / 2.0 && b >= h / 2.0)
+                    return;
+                while (a > 1.5 * h)
+                    a -= 2.0 * h;
+                while (b > 1.5 * h)
+                    b -= 2.0 * h;
+            } else {
+                while (a < 0.0)
+                    a += 2.0 * h;
+                while (b < 0.0)
+                    b += 2.0 * h;
+            }
+        } else if (d == h && a * b <= 0.0) {
+            if (a >= 0.0 && b < 0.0)
+                b += 2.0 * h;
+            else if (b > 0.0)
+                b -= 2.0 * h;
+        }
+    }
+}
+
+void PosFile::interpolate(const ImuRecord& a, const ImuRecord& b, ImuRecord& out) const
+{
+    const double t = adjusted(out.time);
+    const double ta = adjusted(a.time);
+    const double tb = adjusted(b.time);
+    out.longitude = linearInterpolateAngle(ta, a.longitude, tb, b.longitude, t, true);
+    out.heading = linearInterpolateAngle(ta, a.heading, tb, b.heading, t, true);
+    // linear() for every other field, its tests on the times made once.
+    if (ta == tb || ta == t || tb == t) {
+        const ImuRecord& end = ta == tb || ta == t ? a : b;
+        out.latitude = end.latitude;
+        out.height = end.height;
+        out.roll = end.roll;
+        out.pitch = end.pitch;
+        out.stdDev() = end.stdDev();
+        return;
+    }
+    const double dt = t - ta;
+    const double span = tb - ta;
+    out.latitude = dt * (b.latitude - a.latitude) / span + a.latitude;
+    out.height = dt * (b.height - a.height) / span + a.height;
+    out.roll = dt * (b.roll - a.roll) / span + a.roll;
+    out.pitch = dt * (b.pitch - a.pitch) / span + a.pitch;
+    blendStdDevs(a.stdDev(), b.stdDev(), dt, span, out.stdDev());
+}
+
+void PosFile::blendStdDevs(const std::array<float, 6>& a, const std::array<float, 6>& b, double dt, double span,
+                           std::array<float, 6>& out)
+{
+    // As linear() does it, two values per instruction where the compiler
+    // offers vectors (each lane is rounded as the scalar operation would be).
+#if defined(__GNUC__)
+    using Pair = double __attribute__((vector_size(16)));
+    const Pair dtPair = {dt, dt};
+    const Pair spanPair = {span, span};
+    for (std::size_t k = 0; k < 6; k += 2) {
+        const Pair va = {double(a[k]), double(a[k + 1])};
+        const Pair vb = {double(b[k]), double(b[k + 1])};
+        const Pair value = dtPair * (vb - va) / spanPair + va;
+        out[k] = float(value[0]);
+        out[k + 1] = float(value[1]);
+    }
+#else
+    for (std::size_t k = 0; k < 6; ++k)
+        out[k] = float(dt * (double(b[k]) - double(a[k])) / span + double(a[k]));
+#endif
+}
+
+} // namespace datamodel

@@ -1,0 +1,286 @@
+#pragma once
+
+#include <datamodel/model/Seconds.h>
+#include <datamodel/trajectory/ImuRecord.h>
+
+#include <QFile>
+
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace datamodel {
+
+/// The common base of the binary trajectory readers (SBET, its smrmsg
+/// accuracy file, SOL): fixed-size records back to back from offset 0, read
+/// by record index or by GPS time.
+///
+/// Times are GPS seconds of the week. A file whose first record time is
+/// greater than its last crossed a GPS week boundary (a rollover): inside
+/// such a file every time below the start time is first shifted by one week
+/// (+604800 s) before it is compared or interpolated.
+///
+/// Files are never loaded whole. The reader maps the file into memory when
+/// it can (and seeks and reads single records when it cannot); its own
+/// memory is a sparse time index of one entry per 12000 records, which a
+/// lookup refines by a short walk over the neighbouring records. A file
+/// whose sampled times do not increase is indexed record by record instead
+/// (isOrdered() is then false).
+///
+/// A reader is valid from construction (opened, checked and indexed) until
+/// destruction; close() only closes the file. Not copyable.
+class PosFile {
+public:
+    /// Opens `fileName` read only. Throws std::runtime_error
+    /// "Could not open " + file name.
+    explicit PosFile(const std::string& fileName);
+    virtual ~PosFile();
+    PosFile(const PosFile&) = delete;
+    PosFile& operator=(const PosFile&) = delete;
+
+    /// Reads and converts record `index`. Throws the reader's "index out of
+    /// bounds", "seek error" and "failed to read" messages.
+    virtual void readRecord(int index, ImuRecord& record) = 0;
+    /// Reads and converts the record at the current position and moves on to
+    /// the next one. Throws the reader's "failed to read" message.
+    virtual void readNextRecord(ImuRecord& record) = 0;
+
+    /// Opens the file again after close(); true when it is (already) open.
+    bool open();
+    /// Closes the file; reading then fails until open() is called.
+    void close();
+    bool isOpen() const;
+    std::string fileName() const { return m_fileName; }
+    /// The number of complete records (a trailing partial record is ignored).
+    int numSets() const { return m_numSets; }
+    bool hasStdDevs() const { return m_hasStdDevs; }
+    /// False when the sampled record times did not increase and every record
+    /// was indexed.
+    bool isOrdered() const { return m_ordered; }
+    /// The number of entries of the time index.
+    std::size_t indexEntries() const { return m_index.size(); }
+    /// The size of one record in bytes.
+    int recordBytes() const { return m_recordBytes; }
+
+    /// The time of the first record.
+    Seconds startTime() const { return seconds(m_startTime); }
+    /// The time of the last record.
+    Seconds endTime() const { return seconds(m_endTime); }
+    void setStartStopTime(Seconds start, Seconds stop);
+    /// Whether the file crosses a GPS week boundary (start time > end time).
+    bool hasGpsRollover() const { return m_startTime > m_endTime; }
+
+    /// Record `index`. Throws "Index out of bounds." outside [0, numSets - 1].
+    void getRecord(int index, ImuRecord& record);
+    /// The record at a GPS time: the record itself when one lies within
+    /// 1e-6 s of it, else the interpolation of the two records around it,
+    /// whose time is the requested one (see interpolate()). Throws
+    /// "GPS time is out side of recording time for the trajectory." outside
+    /// [start, end], "gps time is out of range" or "Index out of bounds." when
+    /// an unordered file has no records around the time.
+    void getRecord(Seconds gpsTime, ImuRecord& record);
+    /// getRecord(Seconds, ImuRecord&) for `count` times at once: the same
+    /// records, faster for many times (the memory of a group of lookups is
+    /// asked for before the first of them is worked out). Throws what
+    /// getRecord throws for the first time that fails; the records before
+    /// it are filled in.
+    void getRecords(const Seconds* gpsTimes, std::size_t count, ImuRecord* records);
+    /// The index of the last record at or before `gpsTime` (`before`) or of
+    /// the first at or after it, clamped to [0, numSets - 1]; a record within
+    /// 1e-6 s is taken as it is. Throws as getRecord(Seconds, ImuRecord&).
+    int getNearestIndex(Seconds gpsTime, bool before);
+    /// `t` shifted by +604800 s when the file has a rollover and `t` is
+    /// below the start time; else `t`.
+    Seconds gpstime(Seconds t) const { return seconds(adjusted(t.value())); }
+    /// Whether `t` (rollover-adjusted) lies in [start, end], both included.
+    bool isTimeInsideFile(Seconds t) const;
+    /// Whether 0 <= t < 604800.
+    static bool isValidGpsTime(Seconds t);
+
+    /// The typical record interval in seconds: the mean of the middle half
+    /// of the sorted intervals between up to 250 consecutive records in the
+    /// middle of the file. Not a number when the file has a single record.
+    double frequency();
+
+    /// Time, roll and pitch of one record, as stored (times not adjusted).
+    struct Attitude {
+        double time = 0.0;
+        double roll = 0.0;
+        double pitch = 0.0;
+    };
+    /// Reads time, roll and pitch of records first .. first + count - 1
+    /// into `out` without converting whole records (for checks that stream
+    /// through many records). Throws "Index out of bounds." for records
+    /// outside the file and the reader's read error.
+    void readAttitudes(int first, int count, Attitude* out);
+
+    /// y0 + (x - x0) (y1 - y0) / (x1 - x0): y0 when x0 = x1 or x0 = x, y1 when x1 = x.
+    static double linear(double y0, double y1, double x0, double x1, double x)
+    {
+        if (x0 == x1 || x0 == x)
+            return y0;
+        if (x1 == x)
+            return y1;
+        return (x - x0) * (y1 - y0) / (x1 - x0) + y0;
+    }
+    /// Interpolates the angle between (x0, a0) and (x1, a1) at x along the
+    /// shorter way round (see UnwrapAngle) and returns it in (-h, h], h being
+    /// pi (`radians`) or 180. Returns a0 or a1 unchanged when x is x0 or x1
+    /// (and x0 != x1).
+    static double linearInterpolateAngle(double x0, double a0, double x1, double a1, double x, bool radians);
+    /// Brings both angles into (-h, h] and then, when they lie more than
+    /// half a turn apart, moves the negative one(s) up by a full turn so
+    /// that linear interpolation between them takes the shorter way.
+    static void UnwrapAngle(double& a, double& b, bool radians);
+    /// Interpolates records a and b at out.time (all three times
+    /// rollover-adjusted): latitude, height, roll, pitch and the standard
+    /// deviations linearly, longitude and heading as angles. Roll and pitch
+    /// are deliberately linear: they never come near half a turn.
+    void interpolate(const ImuRecord& a, const ImuRecord& b, ImuRecord& out) const;
+
+    /// Records per time-index entry of a file whose times increase.
+    static constexpr int sIndexStep = 12000;
+    static constexpr double sSecondsPerWeek = 604800.0;
+
+protected:
+    /// Where a reader's records keep the fields that the base reads without
+    /// converting a whole record, and the reader's own error texts.
+    struct RecordLayout {
+        int recordBytes = 0;
+        int timeOffset = 0;
+        int rollOffset = 0;
+        int pitchOffset = 0;
+        const char* indexError = "";
+        const char* seekError = "";
+        const char* readError = "";
+    };
+    /// What makes a record valid for the opening checks.
+    using RecordTest = bool (*)(const unsigned char* record, double time);
+
+    /// Sets the record layout; called by the derived constructor before
+    /// checkFile().
+    void setLayout(const RecordLayout& layout);
+    /// The opening checks: the first record (and, with `testLastRecord`, the
+    /// last complete record) must be readable and pass `test`; sets the start
+    /// and end time and the record count and builds the time index. Throws
+    /// "Failed to read first record from file.", "First record is not
+    /// valid.", "Failed to move to last record.", "Failed to read last
+    /// record." or "Last record is not valid.".
+    void checkFile(RecordTest test, bool testLastRecord);
+    void setHasStdDevs(bool hasStdDevs) { m_hasStdDevs = hasStdDevs; }
+
+    /// Where a (rollover-adjusted) time lies: `first` is the record within
+    /// 1e-6 s of it (`exact`) or the first of the two records around it.
+    /// The rest tells which other times the same walk would end alike for:
+    /// the estimate it started from and that record's time, its direction,
+    /// and the latest (forward) or earliest (backward) time it passed.
+    struct Bracket {
+        int first = 0;
+        bool exact = false;
+        int estimate = 0;
+        double estimateTime = 0.0;
+        bool forward = false;
+        double passedTime = 0.0;
+    };
+    /// Finds the records around `t` from the index estimate by a walk over
+    /// the record times. Throws as getRecord(Seconds, ImuRecord&).
+    Bracket locate(double adjustedTime);
+    /// locate() from a given estimate (estimateIndex(t)) of a time already
+    /// known to lie inside the recording.
+    Bracket locateFrom(double adjustedTime, int estimate);
+    /// Throws "GPS time is out side of recording time for the trajectory."
+    /// unless the (adjusted) time lies in [start, end].
+    void requireInsideRecording(double adjustedTime) const;
+
+    /// The record index of the first index entry at or after `t`, or an
+    /// estimate between the two entries around it. Throws "gps time is out of
+    /// range" when no entry lies at or after `t`.
+    int estimateIndex(Seconds t) const;
+    /// Builds the time index from every `step`-th record (see the class comment).
+    void mapFileIndex(int step);
+
+    /// Moves the reading position to record `index` (unchecked); false when
+    /// the file cannot seek there.
+    bool seekRecord(int index);
+    /// The bytes of the record at the reading position, which moves on to
+    /// the next record; null when a whole record cannot be read. The bytes
+    /// stay valid until the next read.
+    const unsigned char* nextRecordBytes()
+    {
+        if (m_map && m_position >= 0 && m_position + m_recordBytes <= m_mapBytes) {
+            const unsigned char* bytes = m_map + m_position;
+            m_position += m_recordBytes;
+            return bytes;
+        }
+        return readNextRecordBytes();
+    }
+    /// Throws the reader's bounds and seek errors unless record `index` can
+    /// be read next.
+    void seekForRead(int index)
+    {
+        if (m_map && index >= 0 && index < m_numSets)
+            m_position = qint64(index) * m_recordBytes;
+        else
+            checkedSeek(index);
+    }
+    /// out = linear(a, b) at t, given dt = t - ta and span = tb - ta with
+    /// neither end equal to t.
+    static void blendStdDevs(const std::array<float, 6>& a, const std::array<float, 6>& b, double dt, double span,
+                             std::array<float, 6>& out);
+    /// Lets lookups in this file also warm the caches for the same time in
+    /// `companion` (the accuracy file that every record read consults).
+    void setCompanion(PosFile* companion) { m_companion = companion; }
+
+    /// `t` + 604800 when the file has a rollover and `t` < start time.
+    double adjusted(double t) const { return m_startTime > m_endTime && t < m_startTime ? t + sSecondsPerWeek : t; }
+
+private:
+    bool readBytes(qint64 offset, void* buffer, qint64 size);
+    const unsigned char* readNextRecordBytes();
+    void checkedSeek(int index);
+    double readStoredTime(int index);
+    /// Warms the caches for the records around the (adjusted) time `t`.
+    void prefetchAt(double t) const;
+    /// The position in the index of the first entry at or after `t`.
+    std::size_t lowerBound(double t) const;
+    /// Asks the processor to load records first .. first + count - 1 of a
+    /// mapped file into its caches.
+    void prefetchRecords(int first, int count) const;
+    /// The time of record `index` as stored. Throws the reader's read error.
+    double storedTime(int index)
+    {
+        const qint64 offset = qint64(index) * m_recordBytes + m_layout.timeOffset;
+        if (m_map && offset >= 0 && offset + qint64(sizeof(double)) <= m_mapBytes) {
+            double time;
+            std::memcpy(&time, m_map + offset, sizeof time);
+            return time;
+        }
+        return readStoredTime(index);
+    }
+    double adjustedTime(int index) { return adjusted(storedTime(index)); }
+    void requireIndex(int index) const;
+    void mapFile();
+
+    QFile m_file;
+    double m_startTime = 0.0;
+    double m_endTime = 0.0;
+    int m_numSets = 0;
+    bool m_hasStdDevs = false;
+    bool m_ordered = true;
+    /// (rollover-adjusted record time, record index), ascending by time.
+    std::vector<std::pair<double, int>> m_index;
+
+    std::string m_fileName;
+    RecordLayout m_layout;
+    int m_recordBytes = 0;
+    const unsigned char* m_map = nullptr; ///< the whole file, when mapped
+    qint64 m_mapBytes = 0;
+    qint64 m_position = 0;                ///< reading position, bytes
+    std::vector<unsigned char> m_buffer;  ///< one record, when not mapped
+    PosFile* m_companion = nullptr;
+};
+
+} // namespace datamodel

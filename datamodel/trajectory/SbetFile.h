@@ -1,0 +1,106 @@
+#pragma once
+
+#include <datamodel/trajectory/PosFile.h>
+
+#include <array>
+#include <memory>
+#include <string>
+
+namespace datamodel {
+
+/// Reader of an SBET trajectory file: 136-byte records of seventeen
+/// little-endian doubles, no header. The accuracy of the records comes from
+/// the companion smrmsg file, found by replacing the first "sbet" of the
+/// file name with "smrmsg"; without a usable smrmsg file the records carry
+/// no standard deviations (hasStdDevs() false).
+class SbetFile final : public PosFile {
+public:
+    /// The record on disk.
+    struct SbetStruct {
+        double time;            ///< GPS seconds of the week
+        double latitude;        ///< rad
+        double longitude;       ///< rad
+        double height;          ///< ellipsoidal, m
+        double velocityX;       ///< wander frame, m/s
+        double velocityY;
+        double velocityZ;
+        double roll;            ///< rad
+        double pitch;           ///< rad
+        double platformHeading; ///< rad; true heading = platform heading - wander angle
+        double wanderAngle;     ///< rad
+        double accelerationX;   ///< wander frame, m/s^2
+        double accelerationY;
+        double accelerationZ;
+        double angularRateX;    ///< body axes, rad/s
+        double angularRateY;
+        double angularRateZ;
+    };
+    static_assert(sizeof(SbetStruct) == 136);
+
+    /// Reader of the smrmsg accuracy file: 80-byte records of ten
+    /// little-endian doubles (time; north, east and down position standard
+    /// deviations in metres; three velocity deviations; roll, pitch and
+    /// heading deviations in arc minutes). The records hold only the time and
+    /// the deviations, the attitude ones converted to radians.
+    class SmrmsFile final : public PosFile {
+    public:
+        /// Opens and checks the file as PosFile and SbetFile do, except that
+        /// the time of the last record is not tested. Throws the messages of
+        /// PosFile and of the checks.
+        explicit SmrmsFile(const std::string& fileName);
+        ~SmrmsFile() override;
+
+        /// Throws "Index out of bounds.", "Seek error." or "Failed to read from file.".
+        void readRecord(int index, ImuRecord& record) override;
+        /// Throws "Failed to read from file.".
+        void readNextRecord(ImuRecord& record) override;
+        /// The standard deviations at a GPS time (rollover-adjusted by the
+        /// caller), the time first clamped into the file's time range.
+        virtual void accuracyAt(Seconds gpsTime, std::array<float, 6>& stdDev);
+
+    private:
+        // The records of the last lookup, reused for a time that the same
+        // walk would bring to the same records.
+        struct LastLookup {
+            Bracket bracket;
+            double firstTime = 0.0;
+            double secondTime = 0.0;
+            std::array<float, 6> first{};
+            std::array<float, 6> second{};
+            bool valid = false;
+            bool covers(double t, int estimate) const;
+        };
+        LastLookup m_last;
+        // The last answers, by (clamped, adjusted) time.
+        struct Answer {
+            double time = 0.0;
+            std::array<float, 6> stdDev{};
+            bool valid = false;
+        };
+        std::array<Answer, 2> m_answers;
+        std::size_t m_nextAnswer = 0;
+    };
+
+    /// Opens the SBET file and its accuracy file. Throws "Could not open " +
+    /// path, path + " is not a Sbet file." when the file name holds no
+    /// "sbet", and the messages of the opening checks (PosFile).
+    explicit SbetFile(const std::string& fileName);
+    ~SbetFile() override;
+
+    /// Throws "Index out of bounds.", "Seek error." or "Failed to read from file.".
+    void readRecord(int index, ImuRecord& record) override;
+    /// Throws "Failed to read from file." (and what the accuracy file throws).
+    void readNextRecord(ImuRecord& record) override;
+
+    /// The accuracy file, or null when there is none.
+    const SmrmsFile* accuracyFile() const { return m_smrms.get(); }
+    /// The name of the accuracy file that belongs to an SBET file name:
+    /// the first "sbet" of the name (after the last '/' or '\') replaced
+    /// with "smrmsg"; empty when the name holds no "sbet".
+    static std::string accuracyFileName(const std::string& sbetFileName);
+
+private:
+    std::unique_ptr<SmrmsFile> m_smrms;
+};
+
+} // namespace datamodel

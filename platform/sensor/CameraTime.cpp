@@ -1,0 +1,148 @@
+#include <platform/sensor/CameraTime.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+
+namespace sensor {
+
+namespace {
+
+// CTG files are little-endian doubles, read and written straight from and
+// to the vector of times.
+static_assert(sizeof(CameraTime::Time) == sizeof(double), "a time is a double underneath");
+static_assert(std::endian::native == std::endian::little, "the CTG reader needs a little-endian host");
+
+// The line interval [k, k + 1] that holds (or, beyond the ends, continues to)
+// the line position; requires at least two lines.
+std::size_t intervalOf(float line, std::size_t count)
+{
+    double k = std::floor(double(line));
+    if (!(k >= 0.0))
+        k = 0.0;
+    if (k > double(count - 2))
+        k = double(count - 2);
+    return std::size_t(k);
+}
+
+bool withinTolerance(double step, double reference)
+{
+    return std::abs(step - reference) <= CameraTime::sCycleTolerance * std::abs(reference);
+}
+
+} // namespace
+
+CameraTime::CameraTime() = default;
+
+CameraTime::CameraTime(const std::string& ctgFile)
+    : m_ctgFileName(ctgFile)
+{
+    loadData();
+}
+
+void CameraTime::loadData()
+{
+    if (m_ctgFileName.empty())
+        throw std::runtime_error("No CTG file name set.");
+    QFile file(QString::fromStdString(m_ctgFileName));
+    if (QFileInfo(file).isDir() || !file.open(QIODevice::ReadOnly))
+        throw std::runtime_error("Can't open CTG file: " + m_ctgFileName);
+    const qint64 size = file.size();
+    if (size % 8 != 0)
+        throw std::runtime_error("CTG file size is no multiple of 8 bytes: " + m_ctgFileName);
+
+    std::vector<Time> values(std::size_t(size / 8));
+    if (size > 0 && file.read(reinterpret_cast<char*>(values.data()), size) != size)
+        throw std::runtime_error("Failed to read CTG file: " + m_ctgFileName);
+    m_values = std::move(values);
+}
+
+void CameraTime::writeData() const
+{
+    if (m_ctgFileName.empty())
+        throw std::runtime_error("No CTG file name set.");
+    QByteArray bytes(qsizetype(8 * m_values.size()), Qt::Uninitialized);
+    if (!m_values.empty())
+        std::memcpy(bytes.data(), m_values.data(), std::size_t(bytes.size()));
+    QSaveFile file(QString::fromStdString(m_ctgFileName));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+        throw std::runtime_error("Can't write CTG file: " + m_ctgFileName);
+}
+
+CameraTime::Time CameraTime::gpsTime(float line) const
+{
+    const std::size_t n = m_values.size();
+    if (n == 0)
+        throw std::runtime_error("No camera times for: " + m_ctgFileName);
+    if (n == 1)
+        return m_values.front();
+    const double position = line;
+    // A whole line within the band gives its time exactly.
+    if (position >= 0.0 && position < double(n) && position == std::floor(position))
+        return m_values[std::size_t(position)];
+    const std::size_t k = intervalOf(line, n);
+    const double t0 = m_values[k].value();
+    const double t1 = m_values[k + 1].value();
+    return Time::from_value(t0 + (position - double(k)) * (t1 - t0));
+}
+
+CameraTime::Time CameraTime::cycleTime(float line) const
+{
+    const std::size_t n = m_values.size();
+    if (n < 2)
+        throw std::runtime_error("No cycle time with fewer than two camera times for: " + m_ctgFileName);
+    const std::size_t k = intervalOf(line, n);
+    return m_values[k + 1] - m_values[k];
+}
+
+CameraTime::CtglMap CameraTime::getInternalCtglRepresentation() const
+{
+    CtglMap stretches;
+    const std::size_t n = m_values.size();
+    if (n == 0)
+        return stretches;
+    if (n == 1) {
+        stretches.emplace(m_values.front(), CtglEntry{0, 1, Time::from_value(0.0)});
+        return stretches;
+    }
+    auto step = [this](std::size_t k) { return (m_values[k + 1] - m_values[k]).value(); };
+    auto close = [&](std::size_t first, std::size_t end) {
+        // Lines [first, end) with the step into line `end`: the mean period.
+        const std::size_t last = std::min(end, n - 1);
+        const double cycleSec = (m_values[last] - m_values[first]).value() / double(last - first);
+        stretches.emplace(m_values[first], CtglEntry{std::uint32_t(first), std::uint32_t(end - first),
+                                                     Time::from_value(cycleSec)});
+    };
+
+    const std::size_t steps = n - 1;
+    std::size_t first = 0;
+    double reference = step(0);
+    for (std::size_t k = 1; k < steps; ++k) {
+        const double s = step(k);
+        if (withinTolerance(s, reference))
+            continue;
+        bool persists = k + sMinStretchSteps <= steps;
+        for (std::size_t j = k + 1; persists && j < k + sMinStretchSteps; ++j)
+            persists = withinTolerance(step(j), s);
+        if (!persists)
+            continue;
+        close(first, k);
+        first = k;
+        reference = s;
+    }
+    close(first, n);
+    return stretches;
+}
+
+bool CameraTime::isNonUniformCT() const
+{
+    return getInternalCtglRepresentation().size() > 1;
+}
+
+} // namespace sensor

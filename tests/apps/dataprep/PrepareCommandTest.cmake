@@ -1,0 +1,59 @@
+# dataprep prepare on simulated sessions: run with
+#   cmake -DDATAPREP=<dataprep> -DWORK=<scratch folder> -P PrepareCommandTest.cmake
+
+cmake_minimum_required(VERSION 3.25)
+
+function(run expected_code)
+    execute_process(COMMAND ${DATAPREP} ${ARGN} RESULT_VARIABLE code OUTPUT_VARIABLE out ERROR_VARIABLE err)
+    if(NOT code EQUAL expected_code)
+        message(FATAL_ERROR "dataprep ${ARGN}: exit ${code}, expected ${expected_code}\n${out}\n${err}")
+    endif()
+    set(out "${out}" PARENT_SCOPE)
+    set(err "${err}" PARENT_SCOPE)
+endfunction()
+
+function(expect_json json expected)
+    string(JSON value GET "${out}" ${json})
+    if(NOT value STREQUAL expected)
+        message(FATAL_ERROR "${json} is ${value}, expected ${expected}:\n${out}")
+    endif()
+endfunction()
+
+function(expect_in text needle)
+    string(FIND "${text}" "${needle}" at)
+    if(at EQUAL -1)
+        message(FATAL_ERROR "expected \"${needle}\" in:\n${text}")
+    endif()
+endfunction()
+
+file(REMOVE_RECURSE "${WORK}")
+
+# A clean flight of two lines, the first with a dark take: every CTG file is
+# written, the dark take is attached, and both trajectories cover every take.
+set(session "${WORK}/clean")
+run(0 simulate "${session}" --preset tiny --takes 2 --dark-takes 1 --seed 5 --json)
+run(0 prepare "${session}" --json)
+expect_json("ctgFiles;written" 6)
+expect_json("ctgFiles;present" 0)
+expect_json("takes;1;name" L001)
+expect_json("takes;1;darkTakes;0" DK001)
+expect_json("takes;2;coveredBy;1" sbet_S260514_0830.out)
+string(JSON problems LENGTH "${out}" problems)
+if(NOT problems EQUAL 0)
+    message(FATAL_ERROR "unexpected problems:\n${out}")
+endif()
+run(0 prepare "${session}" --json)
+expect_json("ctgFiles;written" 0)
+expect_json("ctgFiles;present" 6)
+
+# A trajectory that ends in the middle of the last take leaves it uncovered.
+set(short "${WORK}/short")
+run(0 simulate "${short}" --preset tiny --takes 2 --fault short-trajectory --seed 5 --json)
+run(1 prepare "${short}")
+expect_in("${err}" "No trajectory covers take L002")
+
+# Not a session.
+run(1 prepare "${WORK}/missing")
+expect_in("${err}" "Can't find path provided for RecordingSession: ${WORK}/missing")
+
+file(REMOVE_RECURSE "${WORK}")
