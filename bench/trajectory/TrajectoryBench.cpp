@@ -28,7 +28,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -49,6 +48,7 @@ using datamodel::seconds;
 struct FlightFiles {
     QTemporaryDir directory;
     std::string sbet;
+    std::string sbetAlone; ///< the same file under a name without an accuracy file
     double fileMB = 0.0;
 };
 
@@ -94,6 +94,9 @@ const FlightFiles& flight()
             throw std::runtime_error("the trajectory was not written");
         made->sbet = flightsim::SessionLayout(root, QStringLiteral("BENCH")).sbetPath().toStdString();
         made->fileMB = double(QFileInfo(QString::fromStdString(made->sbet)).size()) / 1e6;
+        made->sbetAlone = made->directory.path().toStdString() + "/sbet_alone.out";
+        if (::link(made->sbet.c_str(), made->sbetAlone.c_str()) != 0)
+            throw std::runtime_error("cannot link " + made->sbetAlone);
         // Removed at exit with the temporary folder.
         std::atexit([] { delete files; });
         return made;
@@ -140,9 +143,11 @@ void BM_OpenAndIndex(benchmark::State& state)
 }
 BENCHMARK(BM_OpenAndIndex)->Unit(benchmark::kMicrosecond);
 
+// A million records at random times; with the accuracy file (argument 1)
+// every record read also interpolates its standard deviations.
 void BM_RandomInterpolatedRecord(benchmark::State& state)
 {
-    const ImuTrajectory trajectory(flight().sbet);
+    const ImuTrajectory trajectory(state.range(0) ? flight().sbet : flight().sbetAlone);
     const datamodel::PosFile& reader = *trajectory.reader();
     const double start = reader.startTime().value();
     const double end = reader.endTime().value();
@@ -168,40 +173,7 @@ void BM_RandomInterpolatedRecord(benchmark::State& state)
                                                      benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
     reportMemory(state);
 }
-BENCHMARK(BM_RandomInterpolatedRecord)->Unit(benchmark::kMillisecond);
-
-// The same million times in one call (ImuTrajectory::getPosRecords), which
-// asks for the memory of several lookups at once, as a vectorised lookup
-// over an array of times would.
-void BM_RandomInterpolatedRecordsBatch(benchmark::State& state)
-{
-    const ImuTrajectory trajectory(flight().sbet);
-    const datamodel::PosFile& reader = *trajectory.reader();
-    constexpr std::size_t sLookups = 1000000;
-    std::vector<datamodel::Seconds> times(sLookups);
-    std::mt19937_64 random(5);
-    std::uniform_real_distribution<double> uniform(reader.startTime().value(), reader.endTime().value());
-    for (datamodel::Seconds& t : times)
-        t = seconds(uniform(random));
-    // Answers go to a small buffer, as a caller that uses them at once would.
-    constexpr std::size_t sBlock = 4096;
-    std::vector<ImuRecord> records(sBlock);
-    resetPeakMemory();
-    for (auto _ : state) {
-        double sum = 0.0;
-        for (std::size_t first = 0; first < sLookups; first += sBlock) {
-            const std::size_t count = std::min(sBlock, sLookups - first);
-            trajectory.getPosRecords(times.data() + first, count, records.data());
-            sum += records[count - 1].latitude;
-        }
-        benchmark::DoNotOptimize(sum);
-    }
-    state.SetItemsProcessed(state.iterations() * (long long)sLookups);
-    state.counters["perLookup"] = benchmark::Counter(double(state.iterations() * (long long)sLookups),
-                                                     benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
-    reportMemory(state);
-}
-BENCHMARK(BM_RandomInterpolatedRecordsBatch)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RandomInterpolatedRecord)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond);
 
 // EOP generation and coverage checks ask for consecutive times: here one
 // record per scan line at 800 lines per second over ten minutes.

@@ -144,11 +144,6 @@ void ImuTrajectory::getPosRecord(Seconds gpsTime, ImuRecord& record) const
     requireReader().getRecord(gpsTime, record);
 }
 
-void ImuTrajectory::getPosRecords(const Seconds* gpsTimes, std::size_t count, ImuRecord* records) const
-{
-    requireReader().getRecords(gpsTimes, count, records);
-}
-
 void ImuTrajectory::checkAngularRates(Seconds start, Seconds end, double limitDegPerSecond) const
 {
     PosFile& reader = requireReader();

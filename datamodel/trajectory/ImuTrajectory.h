@@ -5,7 +5,6 @@
 #include <datamodel/trajectory/ImuRecord.h>
 #include <datamodel/trajectory/Trajectory.h>
 
-#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -68,9 +67,6 @@ public:
     /// (PosFile::getRecord). Throws "GPS time is out side of recording time
     /// for the trajectory." outside the file.
     void getPosRecord(Seconds gpsTime, ImuRecord& record) const;
-    /// getPosRecord(Seconds, ImuRecord&) for `count` times at once, faster
-    /// for many times (PosFile::getRecords).
-    void getPosRecords(const Seconds* gpsTimes, std::size_t count, ImuRecord* records) const;
     /// Counts the pairs of neighbouring records, from the last record at or
     /// before `start` to the first at or after `end`, whose roll or pitch
     /// changes at `limitDegPerSecond` or faster (heading is not checked). A

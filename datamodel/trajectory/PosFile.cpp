@@ -440,25 +440,6 @@ void PosFile::getRecord(Seconds gpsTime, ImuRecord& record)
     record.time = gpsTime.value();
 }
 
-void PosFile::getRecords(const Seconds* gpsTimes, std::size_t count, ImuRecord* records)
-{
-    // Lookups in groups: first the estimates of a group, whose records are
-    // asked for from memory at once, then the lookups themselves, which then
-    // mostly find their records in the caches.
-    constexpr std::size_t sGroup = 16;
-    for (std::size_t first = 0; first < count; first += sGroup) {
-        const std::size_t end = std::min(count, first + sGroup);
-        for (std::size_t k = first; k < end; ++k) {
-            const double t = adjusted(gpsTimes[k].value());
-            prefetchAt(t);
-            if (m_companion)
-                m_companion->prefetchAt(t);
-        }
-        for (std::size_t k = first; k < end; ++k)
-            getRecord(gpsTimes[k], records[k]);
-    }
-}
-
 int PosFile::getNearestIndex(Seconds gpsTime, bool before)
 {
     const double t = adjusted(gpsTime.value());

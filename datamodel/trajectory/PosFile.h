@@ -82,12 +82,6 @@ public:
     /// [start, end], "gps time is out of range" or "Index out of bounds." when
     /// an unordered file has no records around the time.
     void getRecord(Seconds gpsTime, ImuRecord& record);
-    /// getRecord(Seconds, ImuRecord&) for `count` times at once: the same
-    /// records, faster for many times (the memory of a group of lookups is
-    /// asked for before the first of them is worked out). Throws what
-    /// getRecord throws for the first time that fails; the records before
-    /// it are filled in.
-    void getRecords(const Seconds* gpsTimes, std::size_t count, ImuRecord* records);
     /// The index of the last record at or before `gpsTime` (`before`) or of
     /// the first at or after it, clamped to [0, numSets - 1]; a record within
     /// 1e-6 s is taken as it is. Throws as getRecord(Seconds, ImuRecord&).

@@ -53,9 +53,8 @@ SbetFile::SmrmsFile::SmrmsFile(const std::string& fileName)
     setLayout({sAccuracyRecordBytes, 0, sAccuracyRollOffset, sAccuracyPitchOffset, sIndexOutOfBounds, sSeekError,
                sReadError});
     setHasStdDevs(true);
-    // The last record's time is not tested: post-processing may leave a
-    // closing record without a usable time, and the accuracies are clamped
-    // into the file's range anyway.
+    // Unlike the SBET file's, the last record's time is not tested; lookups
+    // clamp their times into the file's range.
     checkFile(&hasValidTime, false);
 }
 
