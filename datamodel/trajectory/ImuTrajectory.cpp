@@ -81,12 +81,12 @@ bool ImuTrajectory::hasStdDevs() const
     return m_reader ? m_reader->hasStdDevs() : false;
 }
 
-void ImuTrajectory::stdDevAtIndex(int index, float& x, float& y, float& z, float& omega, float& phi,
-                                  float& kappa) const
+namespace {
+
+// Standard deviations are handed out as x (east), y (north), z, omega, phi,
+// kappa; the record holds north first.
+void handOutStdDevs(const ImuRecord& record, float& x, float& y, float& z, float& omega, float& phi, float& kappa)
 {
-    ImuRecord record;
-    requireReader().getRecord(index, record);
-    // x is east and y north: the record holds north first.
     const auto& sd = record.stdDev();
     x = sd[1];
     y = sd[0];
@@ -96,18 +96,22 @@ void ImuTrajectory::stdDevAtIndex(int index, float& x, float& y, float& z, float
     kappa = sd[5];
 }
 
+} // namespace
+
+void ImuTrajectory::stdDevAtIndex(int index, float& x, float& y, float& z, float& omega, float& phi,
+                                  float& kappa) const
+{
+    ImuRecord record;
+    requireReader().getRecord(index, record);
+    handOutStdDevs(record, x, y, z, omega, phi, kappa);
+}
+
 void ImuTrajectory::stdDevAtGPS(Seconds gpsTime, float& x, float& y, float& z, float& omega, float& phi,
                                 float& kappa) const
 {
     ImuRecord record;
     requireReader().getRecord(gpsTime, record);
-    const auto& sd = record.stdDev();
-    x = sd[1];
-    y = sd[0];
-    z = sd[2];
-    omega = sd[3];
-    phi = sd[4];
-    kappa = sd[5];
+    handOutStdDevs(record, x, y, z, omega, phi, kappa);
 }
 
 void ImuTrajectory::setStdDevs(int, float, float, float, float, float, float) {}
