@@ -41,15 +41,7 @@ std::vector<ImageCollection*> Block::collections() const
 
 std::vector<std::string> Block::availableBands() const
 {
-    std::vector<std::string> bands;
-    for (const Take* take : m_takes) {
-        if (!take)
-            continue;
-        for (const std::string& band : take->availableBands())
-            if (std::find(bands.begin(), bands.end(), band) == bands.end())
-                bands.push_back(band);
-    }
-    return bands;
+    return bandsOf(m_takes);
 }
 
 void Block::remove(ImageCollection* collection)

@@ -1,9 +1,11 @@
 #include <datamodel/model/TakeManager.h>
 
 #include <datamodel/ground/TiePoint.h>
+#include <datamodel/model/Take.h>
 
 #include <platform/geo/coordSysFactory.h>
 
+#include <algorithm>
 #include <set>
 
 namespace datamodel {
@@ -63,6 +65,19 @@ void TakeManager::deleteGroundPoints()
     for (GroundPoint* point : points)
         delete point;
     m_groundPoints.clear();
+}
+
+std::vector<std::string> TakeManager::bandsOf(const std::vector<Take*>& takes)
+{
+    std::vector<std::string> bands;
+    for (const Take* take : takes) {
+        if (!take)
+            continue;
+        for (const std::string& band : take->availableBands())
+            if (std::find(bands.begin(), bands.end(), band) == bands.end())
+                bands.push_back(band);
+    }
+    return bands;
 }
 
 } // namespace datamodel

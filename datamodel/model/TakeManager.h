@@ -40,6 +40,8 @@ protected:
 
     /// Deletes every point in the map and empties it.
     void deleteGroundPoints();
+    /// The distinct band names of the takes, in the order first met.
+    static std::vector<std::string> bandsOf(const std::vector<Take*>& takes);
 
 private:
     GroundPointMap m_groundPoints;

@@ -680,15 +680,8 @@ std::vector<ImageCollection*> RecordingSession::collections() const
 
 std::vector<std::string> RecordingSession::availableBands() const
 {
-    if (m_availableBands.empty()) {
-        for (const Take* take : takes()) {
-            if (!take)
-                continue;
-            for (const std::string& band : take->availableBands())
-                if (std::find(m_availableBands.begin(), m_availableBands.end(), band) == m_availableBands.end())
-                    m_availableBands.push_back(band);
-        }
-    }
+    if (m_availableBands.empty())
+        m_availableBands = bandsOf(takes());
     return m_availableBands;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 // Helpers shared by the unit tests: files written into temporary directories,
 // scoped environment variables and a minimal take manager.
 
@@ -177,5 +179,22 @@ std::string thrownMessage(F&& f)
     }
     return "<nothing thrown>";
 }
+
+/// A test with a temporary folder to write files into and read them back.
+class FileTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(dir.isValid()); }
+
+    std::string write(const QString& name, const QByteArray& content) { return writeFile(dir, name, content); }
+    std::string path(const QString& name) const { return dir.filePath(name).toStdString(); }
+
+    static QByteArray bytesOf(const std::string& path)
+    {
+        QFile file(QString::fromStdString(path));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+    }
+
+    QTemporaryDir dir;
+};
 
 } // namespace testsupport

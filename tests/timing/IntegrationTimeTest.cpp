@@ -22,26 +22,12 @@ using testsupport::thrownMessage;
 
 namespace {
 
-class TimingTest : public ::testing::Test {
+class TimingTest : public testsupport::FileTest {
 protected:
-    void SetUp() override { ASSERT_TRUE(dir.isValid()); }
-
-    std::string write(const QString& name, const QByteArray& content)
-    {
-        return testsupport::writeFile(dir, name, content);
-    }
-    std::string path(const QString& name) const { return dir.filePath(name).toStdString(); }
-
-    static QByteArray bytesOf(const std::string& path)
-    {
-        QFile file(QString::fromStdString(path));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-    }
 
     /// A fresh "Image" element.
     QDomElement element() { return document.createElement(QStringLiteral("Image")); }
 
-    QTemporaryDir dir;
     QDomDocument document;
 };
 

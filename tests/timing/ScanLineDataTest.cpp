@@ -19,21 +19,8 @@ namespace {
 constexpr double sItScale = 1e-6;  // integration times: microseconds in the file, seconds held
 constexpr double sTdiScale = 1.0;  // TDI stage counts
 
-class ScanLineDataTest : public ::testing::Test {
+class ScanLineDataTest : public testsupport::FileTest {
 protected:
-    void SetUp() override { ASSERT_TRUE(dir.isValid()); }
-
-    std::string write(const QString& name, const QByteArray& content)
-    {
-        return testsupport::writeFile(dir, name, content);
-    }
-    std::string path(const QString& name) const { return dir.filePath(name).toStdString(); }
-
-    static QByteArray bytesOf(const std::string& path)
-    {
-        QFile file(QString::fromStdString(path));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-    }
 
     /// Reads `content` from a file and writes it back; the bytes written.
     QByteArray roundTrip(const QByteArray& content, double scale)
@@ -43,7 +30,6 @@ protected:
         return bytesOf(path("out.bin"));
     }
 
-    QTemporaryDir dir;
 };
 
 std::vector<std::uint32_t> lines(const ScanLineData& data)
