@@ -29,8 +29,6 @@ const char* const sIndexOutOfBounds = "Index out of bounds.";
 const char* const sOutsideRecording = "GPS time is out side of recording time for the trajectory.";
 const char* const sTimeOutOfRange = "gps time is out of range";
 
-/// Two records closer than this in time are the same instant.
-constexpr double sSameTimeSec = 1e-6;
 /// Records whose intervals give frequency().
 constexpr int sFrequencyRecords = 250;
 
@@ -42,7 +40,7 @@ double halfTurn(bool radians)
 /// The angle in (-h, h]: fmod(angle + h, 2h), moved up by 2h when not
 /// positive, less h. An angle already in range skips fmod, which would
 /// return its argument unchanged (or 0 for exactly 2h, which becomes 2h).
-inline double normalise(double angle, double h)
+[[gnu::always_inline]] inline double normalise(double angle, double h)
 {
     double r = angle + h;
     if (!(r > 0.0 && r <= 2.0 * h)) {
@@ -51,6 +49,45 @@ inline double normalise(double angle, double h)
             r += 2.0 * h;
     }
     return r - h;
+}
+
+/// Brings both angles into (-h, h] and moves them so that linear
+/// interpolation between them takes the shorter way (see UnwrapAngle).
+[[gnu::always_inline]] inline void unwrap(double& a, double& b, double h)
+{
+    a = normalise(a, h);
+    b = normalise(b, h);
+    // After normalising, every loop below runs at most once (or not at all
+    // for angles that are not numbers).
+    if (a == 0.0 && b > h) {
+        while (b > h)
+            b -= 2.0 * h;
+    } else if (b == 0.0 && a > h) {
+        while (a > h)
+            a -= 2.0 * h;
+    } else {
+        const double d = std::abs(a - b);
+        if (d > h) {
+            if (a * b >= 0.0) {
+                if (a >= h / 2.0 && b >= h / 2.0)
+                    return;
+                while (a > 1.5 * h)
+                    a -= 2.0 * h;
+                while (b > 1.5 * h)
+                    b -= 2.0 * h;
+            } else {
+                while (a < 0.0)
+                    a += 2.0 * h;
+                while (b < 0.0)
+                    b += 2.0 * h;
+            }
+        } else if (d == h && a * b <= 0.0) {
+            if (a >= 0.0 && b < 0.0)
+                b += 2.0 * h;
+            else if (b > 0.0)
+                b -= 2.0 * h;
+        }
+    }
 }
 
 double loadDouble(const unsigned char* bytes)
@@ -226,48 +263,6 @@ void PosFile::mapFileIndex(int step)
     m_position = 0;
 }
 
-std::size_t PosFile::lowerBound(double t) const
-{
-    // The first entry at or after t. The search halves the range without
-    // branching on the comparison: random lookups would mispredict about
-    // every second branch.
-    const std::pair<double, int>* entry = m_index.data();
-    std::size_t length = m_index.size();
-    if (length == 0)
-        return 0;
-    while (length > 1) {
-        const std::size_t half = length / 2;
-        entry += entry[half - 1].first < t ? half : 0;
-        length -= half;
-    }
-    entry += entry->first < t ? 1 : 0;
-    return std::size_t(entry - m_index.data());
-}
-
-int PosFile::estimateIndex(Seconds gpsTime) const
-{
-    const double t = adjusted(gpsTime.value());
-    const auto it = m_index.begin() + std::ptrdiff_t(lowerBound(t));
-    if (it == m_index.end())
-        throw std::runtime_error(sTimeOutOfRange);
-    if (it == m_index.begin())
-        return it->second;
-    const auto [t0, i0] = *(it - 1);
-    const auto [t1, i1] = *it;
-    if (t1 == t0 || t0 == t)
-        return i0;
-    if (t1 == t)
-        return i1;
-    // t lies strictly between t0 and t1; the fraction is only outside [0, 1]
-    // (or not a number) for infinite times in a corrupt file.
-    double fraction = (t - t0) / (t1 - t0);
-    if (!(fraction >= 0.0))
-        fraction = 0.0;
-    else if (fraction > 1.0)
-        fraction = 1.0;
-    return i0 + int(double(i1 - i0) * fraction);
-}
-
 bool PosFile::seekRecord(int index)
 {
     if (!m_file.isOpen())
@@ -306,18 +301,6 @@ double PosFile::readStoredTime(int index)
     return time;
 }
 
-void PosFile::requireIndex(int index) const
-{
-    if (index < 0 || index >= m_numSets)
-        throw std::runtime_error(sIndexOutOfBounds);
-}
-
-void PosFile::requireInsideRecording(double adjustedTime) const
-{
-    if (!(adjustedTime >= m_startTime && adjustedTime <= adjusted(m_endTime)))
-        throw std::runtime_error(sOutsideRecording);
-}
-
 bool PosFile::isTimeInsideFile(Seconds t) const
 {
     const double time = adjusted(t.value());
@@ -335,98 +318,48 @@ void PosFile::getRecord(int index, ImuRecord& record)
     readRecord(index, record);
 }
 
-void PosFile::prefetchRecords(int first, int count) const
+PosFile::Bracket PosFile::walkFrom(double t, int i, double ti)
 {
-#if defined(__GNUC__)
-    if (!m_map)
-        return;
-    const qint64 begin = std::max<qint64>(qint64(first) * m_recordBytes, 0);
-    const qint64 end = std::min<qint64>((qint64(first) + count) * m_recordBytes, m_mapBytes);
-    for (qint64 offset = begin & ~qint64(63); offset < end; offset += 64)
-        __builtin_prefetch(m_map + offset);
-#else
-    (void)first;
-    (void)count;
-#endif
-}
-
-void PosFile::prefetchAt(double t) const
-{
-    if (!m_map || m_index.empty() || std::isnan(t))
-        return;
-    // Where the accuracy of t is looked up: clamped into the file.
-    t = std::min(std::max(t, m_startTime), adjusted(m_endTime));
-    const std::size_t entry = std::min(lowerBound(t), m_index.size() - 1);
-    int i = m_index[entry].second;
-    if (entry > 0 && m_index[entry - 1].first < m_index[entry].first) {
-        const auto [t0, i0] = m_index[entry - 1];
-        const double fraction = (t - t0) / (m_index[entry].first - t0);
-        if (fraction >= 0.0 && fraction <= 1.0)
-            i = i0 + int(double(i - i0) * fraction);
-    }
-    prefetchRecords(i - 1, 3);
-}
-
-PosFile::Bracket PosFile::locate(double t)
-{
-    requireInsideRecording(t);
-    return locateFrom(t, estimateIndex(seconds(t)));
-}
-
-PosFile::Bracket PosFile::locateFrom(double t, int i)
-{
-    requireIndex(i);
-    // The estimate is nearly always within a record of t: ask for the
-    // records around it (and for the accuracy records of that time) at
-    // once, so that their cache misses overlap instead of following one
-    // another.
-    prefetchRecords(i - 1, 3);
-    if (m_companion)
-        m_companion->prefetchAt(t);
-    Bracket bracket;
-    bracket.estimate = i;
-    const double ti = adjustedTime(i);
-    bracket.estimateTime = ti;
-    if (std::abs(ti - t) < sSameTimeSec) {
-        bracket.first = i;
-        bracket.exact = true;
-        return bracket;
-    }
-    // Walk to the two records around t; only their times are read on the way.
+    // Only the record times are read on the way.
     int j = i;
     if (ti < t) {
-        bracket.forward = true;
-        double passed = ti;
-        for (;;) {
+        do
             requireIndex(++j);
-            const double tj = adjustedTime(j);
-            if (tj >= t)
-                break;
-            if (tj > passed)
-                passed = tj;
-        }
-        bracket.first = j - 1;
-        bracket.passedTime = passed;
-        return bracket;
+        while (!(adjustedTime(j) >= t));
+        return {j - 1, false};
     }
-    double passed = std::isnan(ti) ? std::numeric_limits<double>::infinity() : ti;
-    for (;;) {
+    do
         requireIndex(--j);
-        const double tj = adjustedTime(j);
-        if (tj <= t)
-            break;
-        if (tj < passed)
-            passed = tj;
-    }
-    bracket.first = j;
-    bracket.passedTime = passed;
-    return bracket;
+    while (!(adjustedTime(j) <= t));
+    return {j, false};
+}
+
+void PosFile::throwIndexOutOfBounds()
+{
+    throw std::runtime_error(sIndexOutOfBounds);
+}
+
+void PosFile::throwOutsideRecording()
+{
+    throw std::runtime_error(sOutsideRecording);
+}
+
+void PosFile::throwTimeOutOfRange()
+{
+    throw std::runtime_error(sTimeOutOfRange);
 }
 
 void PosFile::getRecord(Seconds gpsTime, ImuRecord& record)
 {
     const double t = adjusted(gpsTime.value());
-    const Bracket bracket = locate(t);
+    requireInsideRecording(t);
+    const int estimate = estimateIndex(seconds(t));
+    // The estimate is nearly always the first of the two records around t:
+    // ask for both (and whatever else reading them needs) at once, so that
+    // the cache misses overlap instead of following one another.
+    prefetchRecords(estimate, 2);
+    anticipate(t);
+    const Bracket bracket = locateFrom(t, estimate);
     if (bracket.exact) {
         readRecord(bracket.first, record);
         return;
@@ -525,46 +458,14 @@ double PosFile::linearInterpolateAngle(double x0, double a0, double x1, double a
         return a0;
     if (x == x1 && x0 != x1)
         return a1;
-    UnwrapAngle(a0, a1, radians);
-    return normalise(linear(a0, a1, x0, x1, x), halfTurn(radians));
+    const double h = halfTurn(radians);
+    unwrap(a0, a1, h);
+    return normalise(linear(a0, a1, x0, x1, x), h);
 }
 
 void PosFile::UnwrapAngle(double& a, double& b, bool radians)
 {
-    const double h = halfTurn(radians);
-    a = normalise(a, h);
-    b = normalise(b, h);
-    // After normalising, every loop below runs at most once (or not at all
-    // for angles that are not numbers).
-    if (a == 0.0 && b > h) {
-        while (b > h)
-            b -= 2.0 * h;
-    } else if (b == 0.0 && a > h) {
-        while (a > h)
-            a -= 2.0 * h;
-    } else {
-        const double d = std::abs(a - b);
-        if (d > h) {
-            if (a * b >= 0.0) {
-                if (a >= h / 2.0 && b >= h / 2.0)
-                    return;
-                while (a > 1.5 * h)
-                    a -= 2.0 * h;
-                while (b > 1.5 * h)
-                    b -= 2.0 * h;
-            } else {
-                while (a < 0.0)
-                    a += 2.0 * h;
-                while (b < 0.0)
-                    b += 2.0 * h;
-            }
-        } else if (d == h && a * b <= 0.0) {
-            if (a >= 0.0 && b < 0.0)
-                b += 2.0 * h;
-            else if (b > 0.0)
-                b -= 2.0 * h;
-        }
-    }
+    unwrap(a, b, halfTurn(radians));
 }
 
 void PosFile::interpolate(const ImuRecord& a, const ImuRecord& b, ImuRecord& out) const
@@ -572,47 +473,41 @@ void PosFile::interpolate(const ImuRecord& a, const ImuRecord& b, ImuRecord& out
     const double t = adjusted(out.time);
     const double ta = adjusted(a.time);
     const double tb = adjusted(b.time);
-    out.longitude = linearInterpolateAngle(ta, a.longitude, tb, b.longitude, t, true);
-    out.heading = linearInterpolateAngle(ta, a.heading, tb, b.heading, t, true);
-    // linear() for every other field, its tests on the times made once.
-    if (ta == tb || ta == t || tb == t) {
-        const ImuRecord& end = ta == tb || ta == t ? a : b;
-        out.latitude = end.latitude;
-        out.height = end.height;
-        out.roll = end.roll;
-        out.pitch = end.pitch;
-        out.stdDev() = end.stdDev();
-        return;
+    if (!(ta < t && t < tb)) {
+        // linear() of an end: its tests on the times made once.
+        out.longitude = linearInterpolateAngle(ta, a.longitude, tb, b.longitude, t, true);
+        out.heading = linearInterpolateAngle(ta, a.heading, tb, b.heading, t, true);
+        if (ta == tb || ta == t || tb == t) {
+            const ImuRecord& end = ta == tb || ta == t ? a : b;
+            out.latitude = end.latitude;
+            out.height = end.height;
+            out.roll = end.roll;
+            out.pitch = end.pitch;
+            out.stdDev() = end.stdDev();
+            return;
+        }
     }
+    // t strictly between the two records, as nearly always (or the times of
+    // a corrupt file in an order that makes none of them equal): linear()
+    // and linearInterpolateAngle() written out.
     const double dt = t - ta;
     const double span = tb - ta;
+    constexpr double h = std::numbers::pi;
+    if (ta < t && t < tb) {
+        double a0 = a.longitude;
+        double a1 = b.longitude;
+        unwrap(a0, a1, h);
+        out.longitude = normalise(dt * (a1 - a0) / span + a0, h);
+        a0 = a.heading;
+        a1 = b.heading;
+        unwrap(a0, a1, h);
+        out.heading = normalise(dt * (a1 - a0) / span + a0, h);
+    }
     out.latitude = dt * (b.latitude - a.latitude) / span + a.latitude;
     out.height = dt * (b.height - a.height) / span + a.height;
     out.roll = dt * (b.roll - a.roll) / span + a.roll;
     out.pitch = dt * (b.pitch - a.pitch) / span + a.pitch;
     blendStdDevs(a.stdDev(), b.stdDev(), dt, span, out.stdDev());
-}
-
-void PosFile::blendStdDevs(const std::array<float, 6>& a, const std::array<float, 6>& b, double dt, double span,
-                           std::array<float, 6>& out)
-{
-    // As linear() does it, two values per instruction where the compiler
-    // offers vectors (each lane is rounded as the scalar operation would be).
-#if defined(__GNUC__)
-    using Pair = double __attribute__((vector_size(16)));
-    const Pair dtPair = {dt, dt};
-    const Pair spanPair = {span, span};
-    for (std::size_t k = 0; k < 6; k += 2) {
-        const Pair va = {double(a[k]), double(a[k + 1])};
-        const Pair vb = {double(b[k]), double(b[k + 1])};
-        const Pair value = dtPair * (vb - va) / spanPair + va;
-        out[k] = float(value[0]);
-        out[k + 1] = float(value[1]);
-    }
-#else
-    for (std::size_t k = 0; k < 6; ++k)
-        out[k] = float(dt * (double(b[k]) - double(a[k])) / span + double(a[k]));
-#endif
 }
 
 } // namespace datamodel

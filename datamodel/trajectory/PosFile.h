@@ -6,6 +6,7 @@
 #include <QFile>
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <string>
@@ -168,31 +169,64 @@ protected:
 
     /// Where a (rollover-adjusted) time lies: `first` is the record within
     /// 1e-6 s of it (`exact`) or the first of the two records around it.
-    /// The rest tells which other times the same walk would end alike for:
-    /// the estimate it started from and that record's time, its direction,
-    /// and the latest (forward) or earliest (backward) time it passed.
     struct Bracket {
         int first = 0;
         bool exact = false;
-        int estimate = 0;
-        double estimateTime = 0.0;
-        bool forward = false;
-        double passedTime = 0.0;
     };
-    /// Finds the records around `t` from the index estimate by a walk over
-    /// the record times. Throws as getRecord(Seconds, ImuRecord&).
-    Bracket locate(double adjustedTime);
-    /// locate() from a given estimate (estimateIndex(t)) of a time already
-    /// known to lie inside the recording.
-    Bracket locateFrom(double adjustedTime, int estimate);
+    /// Finds the records around `t` by a walk over the record times from a
+    /// given estimate (estimateIndex(t)) of a time already known to lie
+    /// inside the recording. Throws as getRecord(Seconds, ImuRecord&).
+    Bracket locateFrom(double t, int i)
+    {
+        requireIndex(i);
+        const double ti = adjustedTime(i);
+        if (std::abs(ti - t) < sSameTimeSec)
+            return {i, true};
+        // The estimate is nearly always the first of the two records around t.
+        if (ti < t && i + 1 < m_numSets && adjustedTime(i + 1) >= t)
+            return {i, false};
+        return walkFrom(t, i, ti);
+    }
+    /// Called by getRecord(Seconds, ImuRecord&) with the (adjusted) time
+    /// asked for, after the records around it have been asked for from
+    /// memory and before they are read; must not throw. A reader whose
+    /// records need lookups elsewhere (the accuracy of an SBET record) starts
+    /// them here, so that they do not wait for the records.
+    virtual void anticipate(double adjustedTime) noexcept { (void)adjustedTime; }
     /// Throws "GPS time is out side of recording time for the trajectory."
     /// unless the (adjusted) time lies in [start, end].
-    void requireInsideRecording(double adjustedTime) const;
+    void requireInsideRecording(double adjustedTime) const
+    {
+        if (!(adjustedTime >= m_startTime && adjustedTime <= adjusted(m_endTime)))
+            throwOutsideRecording();
+    }
 
     /// The record index of the first index entry at or after `t`, or an
     /// estimate between the two entries around it. Throws "gps time is out of
     /// range" when no entry lies at or after `t`.
-    int estimateIndex(Seconds t) const;
+    int estimateIndex(Seconds gpsTime) const
+    {
+        const double t = adjusted(gpsTime.value());
+        const std::size_t entry = lowerBound(t);
+        if (entry == m_index.size())
+            throwTimeOutOfRange();
+        const auto [t1, i1] = m_index[entry];
+        if (entry == 0)
+            return i1;
+        const auto [t0, i0] = m_index[entry - 1];
+        if (t1 == t0 || t0 == t)
+            return i0;
+        if (t1 == t)
+            return i1;
+        // t lies strictly between t0 and t1; the fraction is only outside
+        // [0, 1] (or not a number) for infinite times in a corrupt file.
+        double fraction = (t - t0) / (t1 - t0);
+        if (!(fraction >= 0.0))
+            fraction = 0.0;
+        else if (fraction > 1.0)
+            fraction = 1.0;
+        return i0 + int(double(i1 - i0) * fraction);
+    }
     /// Builds the time index from every `step`-th record (see the class comment).
     void mapFileIndex(int step);
 
@@ -223,11 +257,53 @@ protected:
     /// out = linear(a, b) at t, given dt = t - ta and span = tb - ta with
     /// neither end equal to t.
     static void blendStdDevs(const std::array<float, 6>& a, const std::array<float, 6>& b, double dt, double span,
-                             std::array<float, 6>& out);
-    /// Lets lookups in this file also warm the caches for the same time in
-    /// `companion` (the accuracy file that every record read consults).
-    void setCompanion(PosFile* companion) { m_companion = companion; }
-
+                             std::array<float, 6>& out)
+    {
+        // Two values per instruction where the compiler offers vectors; each
+        // lane is rounded as the scalar operation would be.
+#if defined(__GNUC__)
+        using Pair = double __attribute__((vector_size(16)));
+        const Pair dtPair = {dt, dt};
+        const Pair spanPair = {span, span};
+        for (std::size_t k = 0; k < 6; k += 2) {
+            const Pair va = {double(a[k]), double(a[k + 1])};
+            const Pair vb = {double(b[k]), double(b[k + 1])};
+            const Pair value = dtPair * (vb - va) / spanPair + va;
+            out[k] = float(value[0]);
+            out[k + 1] = float(value[1]);
+        }
+#else
+        for (std::size_t k = 0; k < 6; ++k)
+            out[k] = float(dt * (double(b[k]) - double(a[k])) / span + double(a[k]));
+#endif
+    }
+    /// Whether estimateIndex() is known to give every (adjusted) time in
+    /// [from, to] an estimate in [first, last]. False when it cannot tell
+    /// cheaply: the file is not ordered, or the times are not all strictly
+    /// between the same two index entries.
+    bool estimatesWithin(double from, double to, int first, int last) const
+    {
+        const std::size_t entry = lowerBound(from);
+        if (!m_ordered || entry == 0 || entry == m_index.size())
+            return false;
+        const auto [t0, i0] = m_index[entry - 1];
+        const auto [t1, i1] = m_index[entry];
+        if (!(t0 < from && from <= to && to < t1))
+            return false;
+        // estimateIndex() between two entries of an ordered file, which
+        // never decreases with the time.
+        auto estimate = [&](double t) {
+            double fraction = (t - t0) / (t1 - t0);
+            if (!(fraction >= 0.0))
+                fraction = 0.0;
+            else if (fraction > 1.0)
+                fraction = 1.0;
+            return i0 + int(double(i1 - i0) * fraction);
+        };
+        return estimate(from) >= first && estimate(to) <= last;
+    }
+    /// The smallest difference between two times that are not the same instant.
+    static constexpr double sSameTimeSec = 1e-6;
     /// `t` + 604800 when the file has a rollover and `t` < start time.
     double adjusted(double t) const { return m_startTime > m_endTime && t < m_startTime ? t + sSecondsPerWeek : t; }
 
@@ -236,13 +312,45 @@ private:
     const unsigned char* readNextRecordBytes();
     void checkedSeek(int index);
     double readStoredTime(int index);
-    /// Warms the caches for the records around the (adjusted) time `t`.
-    void prefetchAt(double t) const;
     /// The position in the index of the first entry at or after `t`.
-    std::size_t lowerBound(double t) const;
+    std::size_t lowerBound(double t) const
+    {
+        // The search halves the range without branching on the comparison:
+        // random lookups would mispredict about every second branch.
+        const std::pair<double, int>* entry = m_index.data();
+        std::size_t length = m_index.size();
+        if (length == 0)
+            return 0;
+        while (length > 1) {
+            const std::size_t half = length / 2;
+            entry += entry[half - 1].first < t ? half : 0;
+            length -= half;
+        }
+        entry += entry->first < t ? 1 : 0;
+        return std::size_t(entry - m_index.data());
+    }
     /// Asks the processor to load records first .. first + count - 1 of a
     /// mapped file into its caches.
-    void prefetchRecords(int first, int count) const;
+    void prefetchRecords(int first, int count) const
+    {
+#if defined(__GNUC__)
+        if (!m_map || first < 0 || first + count > m_numSets)
+            return;
+        const unsigned char* begin = m_map + qint64(first) * m_recordBytes;
+        const unsigned char* end = begin + qint64(count) * m_recordBytes;
+        for (const unsigned char* line = begin; line < end; line += 64)
+            __builtin_prefetch(line);
+        __builtin_prefetch(end - 1);
+#else
+        (void)first;
+        (void)count;
+#endif
+    }
+    /// locateFrom() past its first two records.
+    Bracket walkFrom(double t, int i, double ti);
+    [[noreturn]] static void throwIndexOutOfBounds();
+    [[noreturn]] static void throwOutsideRecording();
+    [[noreturn]] static void throwTimeOutOfRange();
     /// The time of record `index` as stored. Throws the reader's read error.
     double storedTime(int index)
     {
@@ -255,7 +363,11 @@ private:
         return readStoredTime(index);
     }
     double adjustedTime(int index) { return adjusted(storedTime(index)); }
-    void requireIndex(int index) const;
+    void requireIndex(int index) const
+    {
+        if (index < 0 || index >= m_numSets)
+            throwIndexOutOfBounds();
+    }
     void mapFile();
 
     QFile m_file;
@@ -274,7 +386,6 @@ private:
     qint64 m_mapBytes = 0;
     qint64 m_position = 0;                ///< reading position, bytes
     std::vector<unsigned char> m_buffer;  ///< one record, when not mapped
-    PosFile* m_companion = nullptr;
 };
 
 } // namespace datamodel

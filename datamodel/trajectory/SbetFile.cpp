@@ -68,85 +68,94 @@ void SbetFile::SmrmsFile::readRecord(int index, ImuRecord& record)
 
 void SbetFile::SmrmsFile::readNextRecord(ImuRecord& record)
 {
+    record = ImuRecord();
+    readNextAccuracy(record.time, record.stdDev());
+}
+
+void SbetFile::SmrmsFile::readNextAccuracy(double& time, std::array<float, 6>& stdDev)
+{
     const unsigned char* bytes = nextRecordBytes();
     if (!bytes)
         throw std::runtime_error(sReadError);
-    record = ImuRecord();
-    record.time = field(bytes, 0);
+    time = field(bytes, 0);
     for (std::size_t k = 0; k < 3; ++k)
-        record.stdDev()[k] = float(field(bytes, 1 + int(k)));
+        stdDev[k] = float(field(bytes, 1 + k));
     // Attitude deviations: arc minutes to radians.
     for (std::size_t k = 0; k < 3; ++k)
-        record.stdDev()[3 + k] = float(field(bytes, 7 + int(k)) * (1.0 / 60.0) * (std::numbers::pi / 180.0));
+        stdDev[3 + k] = float(field(bytes, 7 + k) * (1.0 / 60.0) * (std::numbers::pi / 180.0));
 }
 
-bool SbetFile::SmrmsFile::LastLookup::covers(double t, int estimate) const
+void SbetFile::SmrmsFile::lookUp(double t, std::array<float, 6>& stdDev)
 {
-    // Whether locate(t) would walk from the same estimate over the same
-    // records to the same bracket.
-    if (!valid || estimate != bracket.estimate)
-        return false;
-    const bool nearEstimate = std::abs(bracket.estimateTime - t) < 1e-6;
-    if (bracket.exact)
-        return nearEstimate;
-    if (nearEstimate)
-        return false;
-    if (bracket.forward)
-        return bracket.estimateTime < t && bracket.passedTime < t && secondTime >= t;
-    return !(bracket.estimateTime < t) && bracket.passedTime > t && firstTime <= t;
-}
-
-void SbetFile::SmrmsFile::accuracyAt(Seconds gpsTime, std::array<float, 6>& stdDev)
-{
-    double t = gpsTime.value();
-    const double first = startTime().value();
-    const double last = gpstime(endTime()).value();
-    if (t < first)
-        t = first;
-    if (t > last)
-        t = last;
-    t = adjusted(t);
-    // Consecutive lookups of a trajectory ask for the same record times again.
-    for (const Answer& answer : m_answers) {
-        if (answer.valid && answer.time == t) {
-            stdDev = answer.stdDev;
-            return;
-        }
-    }
     requireInsideRecording(t);
-    // The deviations of the record at t or interpolated between the records
-    // around it, as getRecord(t) gives them, without interpolating the rest
-    // of the record. Consecutive SBET records mostly lie between the same two
-    // accuracy records, which are then not read again.
-    const int estimate = estimateIndex(seconds(t));
-    if (!m_last.covers(t, estimate)) {
-        m_last.valid = false;
-        const Bracket bracket = locateFrom(t, estimate);
-        ImuRecord a;
-        readRecord(bracket.first, a);
-        ImuRecord b = a;
-        if (!bracket.exact)
-            readRecord(bracket.first + 1, b);
-        m_last.bracket = bracket;
-        m_last.firstTime = adjusted(a.time);
-        m_last.secondTime = adjusted(b.time);
-        m_last.first = a.stdDev();
-        m_last.second = b.stdDev();
-        m_last.valid = true;
+    const Bracket bracket = locateFrom(t, estimateIndex(seconds(t)));
+    Span found;
+    seekForRead(bracket.first);
+    readNextAccuracy(found.firstTime, found.first);
+    if (bracket.exact) {
+        stdDev = found.first;
+        return;
     }
-    const double ta = m_last.firstTime;
-    const double tb = m_last.secondTime;
-    if (m_last.bracket.exact || ta == tb || ta == t)
-        stdDev = m_last.first;
+    readNextAccuracy(found.secondTime, found.second);
+    // linear() of every deviation, its tests on the times made once.
+    const double ta = adjusted(found.firstTime);
+    const double tb = adjusted(found.secondTime);
+    if (ta == tb || ta == t)
+        stdDev = found.first;
     else if (tb == t)
-        stdDev = m_last.second;
+        stdDev = found.second;
     else
-        blendStdDevs(m_last.first, m_last.second, t - ta, tb - ta, stdDev);
-    Answer& answer = m_answers[m_nextAnswer];
-    m_nextAnswer = (m_nextAnswer + 1) % m_answers.size();
-    answer.time = t;
-    answer.stdDev = stdDev;
-    answer.valid = true;
+        blendStdDevs(found.first, found.second, t - ta, tb - ta, stdDev);
+    rememberSpan(bracket.first, found);
+}
+
+void SbetFile::SmrmsFile::rememberSpan(int first, Span& span)
+{
+    m_span.from = 1.0;
+    m_span.to = 0.0;
+    const double ta = adjusted(span.firstTime);
+    const double tb = adjusted(span.secondTime);
+    if (!(ta < tb))
+        return;
+    // Times at least 2e-6 s from either record are not the same instant as
+    // it, and neither are the times further in (a difference of doubles
+    // never shrinks as one of them moves away). When the estimates of both
+    // ends are one of the two records, so is the estimate of every time
+    // between them, and the walk from either record stops at the other.
+    const double from = std::max(ta + 2.0 * sSameTimeSec, startTime().value());
+    const double to = std::min(tb - 2.0 * sSameTimeSec, adjusted(endTime().value()));
+    if (!(from <= to) || std::abs(ta - from) < sSameTimeSec || std::abs(tb - to) < sSameTimeSec)
+        return;
+    if (!estimatesWithin(from, to, first, first + 1))
+        return;
+    span.from = from;
+    span.to = to;
+    span.firstTime = ta;
+    span.secondTime = tb;
+    m_span = span;
+}
+
+void SbetFile::SmrmsFile::anticipate(double adjustedTime) noexcept
+{
+    // Only the span is set here, and only when the time has records around
+    // it; a time that cannot be looked up is left to accuracyAt() and its
+    // messages.
+    const double t = lookupTime(adjustedTime);
+    if ((t >= m_span.from && t <= m_span.to) || !isTimeInsideFile(seconds(t)))
+        return;
+    try {
+        const Bracket bracket = locateFrom(t, estimateIndex(seconds(t)));
+        if (bracket.exact)
+            return;
+        Span found;
+        seekForRead(bracket.first);
+        readNextAccuracy(found.firstTime, found.first);
+        readNextAccuracy(found.secondTime, found.second);
+        rememberSpan(bracket.first, found);
+    } catch (const std::runtime_error&) {
+        m_span.from = 1.0;
+        m_span.to = 0.0;
+    }
 }
 
 // ---------------------------------------------------------------------------
@@ -176,7 +185,6 @@ SbetFile::SbetFile(const std::string& fileName)
     setHasStdDevs(true);
     try {
         m_smrms = std::make_unique<SmrmsFile>(accuracyName);
-        setCompanion(m_smrms.get());
     } catch (const std::runtime_error& e) {
         // Without its accuracy file an SBET is still a trajectory; the
         // session validation reports the missing standard deviations.
@@ -194,6 +202,12 @@ SbetFile::SbetFile(const std::string& fileName)
 }
 
 SbetFile::~SbetFile() = default;
+
+void SbetFile::anticipate(double adjustedTime) noexcept
+{
+    if (m_smrms)
+        m_smrms->anticipate(adjustedTime);
+}
 
 void SbetFile::readRecord(int index, ImuRecord& record)
 {

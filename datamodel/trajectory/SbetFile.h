@@ -55,30 +55,61 @@ public:
         /// Throws "Failed to read from file.".
         void readNextRecord(ImuRecord& record) override;
         /// The standard deviations at a GPS time (rollover-adjusted by the
-        /// caller), the time first clamped into the file's time range.
-        virtual void accuracyAt(Seconds gpsTime, std::array<float, 6>& stdDev);
+        /// caller), the time first clamped into the file's time range: those
+        /// of the record at that time or interpolated between the records
+        /// around it, as getRecord() finds them.
+        void accuracyAt(Seconds gpsTime, std::array<float, 6>& stdDev)
+        {
+            const double t = lookupTime(gpsTime.value());
+            if (t >= m_span.from && t <= m_span.to)
+                blendStdDevs(m_span.first, m_span.second, t - m_span.firstTime, m_span.secondTime - m_span.firstTime,
+                             stdDev);
+            else
+                lookUp(t, stdDev);
+        }
+        /// Finds the records around a time (clamped as accuracyAt() does)
+        /// ahead of the accuracyAt() calls for the trajectory records around
+        /// it, which then mostly find them already read.
+        void anticipate(double adjustedTime) noexcept override;
 
     private:
-        // The records of the last lookup, reused for a time that the same
-        // walk would bring to the same records.
-        struct LastLookup {
-            Bracket bracket;
+        /// The (clamped, adjusted) time at which accuracyAt() looks up `gpsTime`.
+        double lookupTime(double t) const
+        {
+            const double first = startTime().value();
+            const double last = gpstime(endTime()).value();
+            if (t < first)
+                t = first;
+            if (t > last)
+                t = last;
+            return adjusted(t);
+        }
+        /// accuracyAt() for a time outside the span.
+        void lookUp(double t, std::array<float, 6>& stdDev);
+        struct Span;
+        /// Reads the time and the deviations of the record at the reading
+        /// position, which moves on to the next record.
+        void readNextAccuracy(double& time, std::array<float, 6>& stdDev);
+        /// Makes `span`, read from record `first` and the next one (times
+        /// as stored), the span when it can be one.
+        void rememberSpan(int first, Span& span);
+
+        /// Two neighbouring records (times adjusted) and the times
+        /// [from, to] between them for which a lookup is known to end
+        /// between these two records without taking either as the record at
+        /// that time: the walk of every such time starts at one of the two.
+        /// Empty when from > to. Neighbouring trajectory records (200 a
+        /// second) mostly lie between the same two accuracy records (one a
+        /// second).
+        struct Span {
+            double from = 1.0;
+            double to = 0.0;
             double firstTime = 0.0;
             double secondTime = 0.0;
             std::array<float, 6> first{};
             std::array<float, 6> second{};
-            bool valid = false;
-            bool covers(double t, int estimate) const;
         };
-        LastLookup m_last;
-        // The last answers, by (clamped, adjusted) time.
-        struct Answer {
-            double time = 0.0;
-            std::array<float, 6> stdDev{};
-            bool valid = false;
-        };
-        std::array<Answer, 2> m_answers;
-        std::size_t m_nextAnswer = 0;
+        Span m_span;
     };
 
     /// Opens the SBET file and its accuracy file. Throws "Could not open " +
@@ -91,6 +122,9 @@ public:
     void readRecord(int index, ImuRecord& record) override;
     /// Throws "Failed to read from file." (and what the accuracy file throws).
     void readNextRecord(ImuRecord& record) override;
+
+    /// Lets the accuracy file look up the time before the records are read.
+    void anticipate(double adjustedTime) noexcept override;
 
     /// The accuracy file, or null when there is none.
     const SmrmsFile* accuracyFile() const { return m_smrms.get(); }

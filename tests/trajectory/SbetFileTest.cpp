@@ -15,6 +15,8 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <random>
+#include <string>
 
 using namespace datamodel;
 using namespace trajectorytest;
@@ -87,35 +89,118 @@ TEST(SbetFile, ConvertsRecordsAndInterpolatesTheAccuracyAtEachRecordTime)
     EXPECT_EQ(record.time, 1000.5);
 }
 
+namespace {
+
+/// Accuracy records `count` of them from 1000 s to 1000 + `spanSec`, first
+/// closer, then further apart than on average: the index estimates land
+/// before or after the records around a time, and the walks go forward or
+/// backward and differ from time to time.
+std::vector<AccuracyRow> wavyAccuracy(int count, double spanSec)
+{
+    std::vector<AccuracyRow> rows;
+    for (int k = 0; k < count; ++k) {
+        const double f = k / double(count - 1);
+        rows.push_back({1000.0 + spanSec * (f + 0.15 / (count / 40) * std::sin(2.0 * std::numbers::pi * f * (count / 40))),
+                        0.01 + 0.001 * (k % 40), 0.02 + 0.0005 * (k % 7), 0.03 + 0.002 * (k % 3), 0.5 + 0.01 * (k % 40),
+                        0.7 - 0.01 * (k % 5), 1.1 + 0.02 * (k % 4)});
+    }
+    return rows;
+}
+
+/// The SBET record `row` as the reader converts it, with the accuracy that
+/// the accuracy file's own lookup gives at its time.
+ImuRecord expectedRecord(const SbetRow& row, SbetFile::SmrmsFile& accuracy)
+{
+    ImuRecord record;
+    record.time = row.time;
+    record.latitude = row.latRad;
+    record.longitude = row.lonRad;
+    record.height = row.heightM;
+    record.roll = row.rollRad;
+    record.pitch = row.pitchRad;
+    record.heading = row.platformHeadingRad - row.wanderRad;
+    record.stdDev() = recordAt(accuracy, std::clamp(row.time, accuracy.startTime().value(),
+                                                     accuracy.endTime().value())).stdDev();
+    return record;
+}
+
+void expectSameRecord(const ImuRecord& actual, const ImuRecord& expected, const std::string& where)
+{
+    EXPECT_EQ(actual.time, expected.time) << where;
+    EXPECT_EQ(actual.latitude, expected.latitude) << where;
+    EXPECT_EQ(actual.longitude, expected.longitude) << where;
+    EXPECT_EQ(actual.height, expected.height) << where;
+    EXPECT_EQ(actual.roll, expected.roll) << where;
+    EXPECT_EQ(actual.pitch, expected.pitch) << where;
+    EXPECT_EQ(actual.heading, expected.heading) << where;
+    EXPECT_EQ(actual.stdDev(), expected.stdDev()) << where;
+}
+
+} // namespace
+
 TEST(SbetFile, AccuracyOfEveryRecordIsTheAccuracyFilesOwnLookup)
 {
-    // Accuracy records first closer, then further apart than on average:
-    // the index estimates land before or after the records around a time,
-    // and the walks go forward or backward and differ from time to time.
-    QTemporaryDir dir;
-    std::vector<AccuracyRow> accuracy;
-    for (int k = 0; k < 40; ++k) {
-        const double f = k / 39.0;
-        accuracy.push_back({1000.0 + 20.0 * (f + 0.15 * std::sin(2.0 * std::numbers::pi * f)), 0.01 + 0.001 * k, 0.02 + 0.0005 * (k % 7), 0.03 + 0.002 * (k % 3),
-                            0.5 + 0.01 * k, 0.7 - 0.01 * (k % 5), 1.1 + 0.02 * (k % 4)});
-    }
-    write(dir, "smrmsg_walk.out", accuracyBytes(accuracy));
-    SbetFile sbet(write(dir, "sbet_walk.out", sbetBytes(regularSbet(201, 1000.0, 0.1))));
-    SbetFile::SmrmsFile own(dir.filePath("smrmsg_walk.out").toStdString());
-    ASSERT_TRUE(sbet.hasStdDevs());
+    // Lookups remember the accuracy records of the last time; whatever the
+    // order of the lookups, every record and every interpolated record must
+    // be what reading afresh gives: records converted one by one, their
+    // accuracy from the accuracy file's own lookup at the record time, then
+    // interpolated. A short accuracy file has one index interval; the long
+    // one has several.
+    // In the third, one accuracy record lies seconds after its neighbours:
+    // the records around a time then depend on where the walk starts.
+    struct Case {
+        int accuracyRecords;
+        int sbetRecords;
+        double sbetIntervalSec;
+        int lateRecord;
+    };
+    for (const Case c : {Case{40, 201, 0.1, -1}, Case{30000, 3001, 1.0, -1}, Case{80, 201, 0.1, 41}}) {
+        SCOPED_TRACE(c.accuracyRecords);
+        QTemporaryDir dir;
+        const double spanSec = (c.sbetRecords - 1) * c.sbetIntervalSec;
+        std::vector<AccuracyRow> accuracy = wavyAccuracy(c.accuracyRecords, spanSec);
+        if (c.lateRecord >= 0)
+            accuracy[std::size_t(c.lateRecord)].time += 3.0;
+        write(dir, "smrmsg_walk.out", accuracyBytes(accuracy));
+        const std::vector<SbetRow> rows = regularSbet(c.sbetRecords, 1000.0, c.sbetIntervalSec);
+        SbetFile sbet(write(dir, "sbet_walk.out", sbetBytes(rows)));
+        SbetFile::SmrmsFile own(dir.filePath("smrmsg_walk.out").toStdString());
+        ASSERT_TRUE(sbet.hasStdDevs());
 
-    std::vector<int> order(201);
-    for (int i = 0; i < 201; ++i)
-        order[std::size_t(i)] = i;
-    for (int pass = 0; pass < 2; ++pass) {
-        if (pass == 1)
-            std::reverse(order.begin(), order.end());
-        for (int i : order) {
-            ImuRecord record;
+        std::vector<int> order(rows.size());
+        for (std::size_t i = 0; i < order.size(); ++i)
+            order[i] = int(i);
+        for (int pass = 0; pass < 2; ++pass) {
+            if (pass == 1)
+                std::reverse(order.begin(), order.end());
+            for (int i : order) {
+                ImuRecord record;
+                sbet.getRecord(i, record);
+                ASSERT_EQ(record.stdDev(), expectedRecord(rows[std::size_t(i)], own).stdDev()) << "record " << i;
+            }
+        }
+
+        // Random times, then times a scan line apart.
+        std::mt19937_64 random(3);
+        std::uniform_real_distribution<double> anywhere(1000.0, 1000.0 + spanSec);
+        std::vector<double> times(3000);
+        for (double& t : times)
+            t = anywhere(random);
+        for (int k = 0; k < 2000; ++k)
+            times.push_back(1000.0 + spanSec / 3 + k * 0.00125);
+        for (const double t : times) {
+            // The two records around t (none lies within a microsecond of it).
+            const auto next = std::upper_bound(rows.begin(), rows.end(), t,
+                                               [](double time, const SbetRow& row) { return time < row.time; });
+            ASSERT_TRUE(next != rows.begin() && next != rows.end());
+            if (t - (next - 1)->time < 1e-5 || next->time - t < 1e-5)
+                continue;
             ImuRecord expected;
-            sbet.getRecord(i, record);
-            own.getRecord(seconds(record.time), expected);
-            ASSERT_EQ(record.stdDev(), expected.stdDev()) << "record " << i;
+            expected.time = t;
+            sbet.interpolate(expectedRecord(*(next - 1), own), expectedRecord(*next, own), expected);
+            expectSameRecord(recordAt(sbet, t), expected, "at " + std::to_string(t));
+            if (HasFailure())
+                return;
         }
     }
 }
