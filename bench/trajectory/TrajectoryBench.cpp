@@ -1,7 +1,9 @@
 // GNSS/IMU trajectory reading on the simulator's two-hour flight at 200 Hz
 // (1 440 001 SBET records, 196 MB, with its smrmsg file): opening and
-// indexing, a million interpolated records at random times, consecutive
-// times at the scan-line rate, and the angular-rate check over one hour.
+// indexing, a million interpolated records at random times (and, for
+// comparison, a million bare dependent reads at random places of the file),
+// consecutive times at the scan-line rate, and the angular-rate check over
+// one hour.
 //
 // The files are written once per run, by a child process (so that the
 // simulation's memory does not count against the reader's), into a
@@ -31,6 +33,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <random>
 #include <stdexcept>
@@ -174,6 +177,47 @@ void BM_RandomInterpolatedRecord(benchmark::State& state)
     reportMemory(state);
 }
 BENCHMARK(BM_RandomInterpolatedRecord)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond);
+
+// The floor under a random lookup on this machine: one read of a record
+// time at a random place of the mapped SBET file, each read waiting for the
+// one before (as one lookup's miss waits for the work of the lookup before
+// it). No index, no interpolation, no accuracy file.
+void BM_DependentRandomRead(benchmark::State& state)
+{
+    QFile file(QString::fromStdString(flight().sbet));
+    if (!file.open(QIODevice::ReadOnly)) {
+        state.SkipWithError("cannot open the SBET file");
+        return;
+    }
+    const qint64 size = file.size();
+    const uchar* map = file.map(0, size);
+    if (!map) {
+        state.SkipWithError("cannot map the SBET file");
+        return;
+    }
+    const long long records = size / 136;
+    constexpr std::size_t sLookups = 1000000;
+    std::vector<long long> indexes(sLookups);
+    std::mt19937_64 random(5);
+    std::uniform_int_distribution<long long> uniform(0, records - 1);
+    for (long long& index : indexes)
+        index = uniform(random);
+    resetPeakMemory();
+    for (auto _ : state) {
+        double time = 0.0;
+        for (long long index : indexes) {
+            // Adds nothing, but makes the address wait for the previous read.
+            index += time < 0.0 ? 1 : 0;
+            std::memcpy(&time, map + index * 136, sizeof time);
+        }
+        benchmark::DoNotOptimize(time);
+    }
+    state.SetItemsProcessed(state.iterations() * (long long)sLookups);
+    state.counters["perRead"] = benchmark::Counter(double(state.iterations() * (long long)sLookups),
+                                                   benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    reportMemory(state);
+}
+BENCHMARK(BM_DependentRandomRead)->Unit(benchmark::kMillisecond);
 
 // EOP generation and coverage checks ask for consecutive times: here one
 // record per scan line at 800 lines per second over ten minutes.

@@ -286,8 +286,10 @@ protected:
         const std::size_t entry = lowerBound(from);
         if (!m_ordered || entry == 0 || entry == m_index.size())
             return false;
-        const auto [t0, i0] = m_index[entry - 1];
-        const auto [t1, i1] = m_index[entry];
+        const double t0 = m_index[entry - 1].first;
+        const double t1 = m_index[entry].first;
+        const int i0 = m_index[entry - 1].second;
+        const int i1 = m_index[entry].second;
         if (!(t0 < from && from <= to && to < t1))
             return false;
         // estimateIndex() between two entries of an ordered file, which
