@@ -218,8 +218,14 @@ protected:
             return i0;
         if (t1 == t)
             return i1;
-        // t lies strictly between t0 and t1; the fraction is only outside
-        // [0, 1] (or not a number) for infinite times in a corrupt file.
+        return estimateBetween(t0, i0, t1, i1, t);
+    }
+    /// The estimate for a time strictly between index entries (t0, i0) and
+    /// (t1, i1): the index at the same fraction of the way. The fraction is
+    /// only outside [0, 1] (or not a number) for infinite times in a corrupt
+    /// file.
+    static int estimateBetween(double t0, int i0, double t1, int i1, double t)
+    {
         double fraction = (t - t0) / (t1 - t0);
         if (!(fraction >= 0.0))
             fraction = 0.0;
@@ -292,17 +298,9 @@ protected:
         const int i1 = m_index[entry].second;
         if (!(t0 < from && from <= to && to < t1))
             return false;
-        // estimateIndex() between two entries of an ordered file, which
-        // never decreases with the time.
-        auto estimate = [&](double t) {
-            double fraction = (t - t0) / (t1 - t0);
-            if (!(fraction >= 0.0))
-                fraction = 0.0;
-            else if (fraction > 1.0)
-                fraction = 1.0;
-            return i0 + int(double(i1 - i0) * fraction);
-        };
-        return estimate(from) >= first && estimate(to) <= last;
+        // Between two entries of an ordered file, estimateIndex() never
+        // decreases with the time.
+        return estimateBetween(t0, i0, t1, i1, from) >= first && estimateBetween(t0, i0, t1, i1, to) <= last;
     }
     /// The smallest difference between two times that are not the same instant.
     static constexpr double sSameTimeSec = 1e-6;
