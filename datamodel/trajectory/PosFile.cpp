@@ -473,10 +473,24 @@ void PosFile::interpolate(const ImuRecord& a, const ImuRecord& b, ImuRecord& out
     const double t = adjusted(out.time);
     const double ta = adjusted(a.time);
     const double tb = adjusted(b.time);
-    if (!(ta < t && t < tb)) {
-        // linear() of an end: its tests on the times made once.
+    const double dt = t - ta;
+    const double span = tb - ta;
+    if (ta < t && t < tb) {
+        // As nearly always: linearInterpolateAngle() written out for a time
+        // strictly between the records.
+        constexpr double h = std::numbers::pi;
+        double a0 = a.longitude;
+        double a1 = b.longitude;
+        unwrap(a0, a1, h);
+        out.longitude = normalise(dt * (a1 - a0) / span + a0, h);
+        a0 = a.heading;
+        a1 = b.heading;
+        unwrap(a0, a1, h);
+        out.heading = normalise(dt * (a1 - a0) / span + a0, h);
+    } else {
         out.longitude = linearInterpolateAngle(ta, a.longitude, tb, b.longitude, t, true);
         out.heading = linearInterpolateAngle(ta, a.heading, tb, b.heading, t, true);
+        // linear() of an end, its tests on the times made once.
         if (ta == tb || ta == t || tb == t) {
             const ImuRecord& end = ta == tb || ta == t ? a : b;
             out.latitude = end.latitude;
@@ -486,22 +500,6 @@ void PosFile::interpolate(const ImuRecord& a, const ImuRecord& b, ImuRecord& out
             out.stdDev() = end.stdDev();
             return;
         }
-    }
-    // t strictly between the two records, as nearly always (or the times of
-    // a corrupt file in an order that makes none of them equal): linear()
-    // and linearInterpolateAngle() written out.
-    const double dt = t - ta;
-    const double span = tb - ta;
-    constexpr double h = std::numbers::pi;
-    if (ta < t && t < tb) {
-        double a0 = a.longitude;
-        double a1 = b.longitude;
-        unwrap(a0, a1, h);
-        out.longitude = normalise(dt * (a1 - a0) / span + a0, h);
-        a0 = a.heading;
-        a1 = b.heading;
-        unwrap(a0, a1, h);
-        out.heading = normalise(dt * (a1 - a0) / span + a0, h);
     }
     out.latitude = dt * (b.latitude - a.latitude) / span + a.latitude;
     out.height = dt * (b.height - a.height) / span + a.height;

@@ -90,13 +90,11 @@ void SbetFile::SmrmsFile::lookUp(double t, std::array<float, 6>& stdDev)
     requireInsideRecording(t);
     const Bracket bracket = locateFrom(t, estimateIndex(seconds(t)));
     Span found;
-    seekForRead(bracket.first);
-    readNextAccuracy(found.firstTime, found.first);
+    readBracket(bracket, found);
     if (bracket.exact) {
         stdDev = found.first;
         return;
     }
-    readNextAccuracy(found.secondTime, found.second);
     // linear() of every deviation, its tests on the times made once.
     const double ta = adjusted(found.firstTime);
     const double tb = adjusted(found.secondTime);
@@ -109,10 +107,17 @@ void SbetFile::SmrmsFile::lookUp(double t, std::array<float, 6>& stdDev)
     rememberSpan(bracket.first, found);
 }
 
+void SbetFile::SmrmsFile::readBracket(const Bracket& bracket, Span& records)
+{
+    seekForRead(bracket.first);
+    readNextAccuracy(records.firstTime, records.first);
+    if (!bracket.exact)
+        readNextAccuracy(records.secondTime, records.second);
+}
+
 void SbetFile::SmrmsFile::rememberSpan(int first, Span& span)
 {
-    m_span.from = 1.0;
-    m_span.to = 0.0;
+    forgetSpan();
     const double ta = adjusted(span.firstTime);
     const double tb = adjusted(span.secondTime);
     if (!(ta < tb))
@@ -141,20 +146,17 @@ void SbetFile::SmrmsFile::anticipate(double adjustedTime) noexcept
     // it; a time that cannot be looked up is left to accuracyAt() and its
     // messages.
     const double t = lookupTime(adjustedTime);
-    if ((t >= m_span.from && t <= m_span.to) || !isTimeInsideFile(seconds(t)))
+    if (inSpan(t) || !isTimeInsideFile(seconds(t)))
         return;
     try {
         const Bracket bracket = locateFrom(t, estimateIndex(seconds(t)));
         if (bracket.exact)
             return;
         Span found;
-        seekForRead(bracket.first);
-        readNextAccuracy(found.firstTime, found.first);
-        readNextAccuracy(found.secondTime, found.second);
+        readBracket(bracket, found);
         rememberSpan(bracket.first, found);
     } catch (const std::runtime_error&) {
-        m_span.from = 1.0;
-        m_span.to = 0.0;
+        forgetSpan();
     }
 }
 

@@ -61,7 +61,7 @@ public:
         void accuracyAt(Seconds gpsTime, std::array<float, 6>& stdDev)
         {
             const double t = lookupTime(gpsTime.value());
-            if (t >= m_span.from && t <= m_span.to)
+            if (inSpan(t))
                 blendStdDevs(m_span.first, m_span.second, t - m_span.firstTime, m_span.secondTime - m_span.firstTime,
                              stdDev);
             else
@@ -90,6 +90,17 @@ public:
         /// Reads the time and the deviations of the record at the reading
         /// position, which moves on to the next record.
         void readNextAccuracy(double& time, std::array<float, 6>& stdDev);
+        /// Whether the (adjusted) time lies in the span.
+        bool inSpan(double t) const { return t >= m_span.from && t <= m_span.to; }
+        /// Empties the span (its records are left as they are).
+        void forgetSpan()
+        {
+            m_span.from = 1.0;
+            m_span.to = 0.0;
+        }
+        /// Reads the record of `bracket` and, unless exact, the next one
+        /// into `records` (times as stored).
+        void readBracket(const Bracket& bracket, Span& records);
         /// Makes `span`, read from record `first` and the next one (times
         /// as stored), the span when it can be one.
         void rememberSpan(int first, Span& span);
