@@ -1,0 +1,119 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace datamodel {
+
+/// One finding of a session preparation, with what it concerns.
+struct PreparationMessage {
+    enum class Severity { Information, Warning, Error };
+
+    Severity severity = Severity::Error;
+    /// What the message is about: a file path, "take L001", "take L001 band
+    /// PANN00A" or the session directory.
+    std::string subject;
+    /// The message itself, with every nested reason appended ("outer: inner").
+    std::string text;
+};
+
+/// The camera of the session.
+struct SensorSummary {
+    std::string id;
+    std::string type;
+    int calibrationVersion = 0;
+    std::string cameraFile;
+};
+
+/// The session's time-mark file.
+struct TimeMarkSummary {
+    std::string file;
+    int records = 0;
+    bool gpsRollover = false;
+};
+
+/// One GNSS/IMU trajectory file of the session.
+struct TrajectorySummary {
+    /// File name as the session lists it, and the full path.
+    std::string name;
+    std::string path;
+    /// Filled when the file could be opened; `error` says why not otherwise.
+    bool opened = false;
+    int records = 0;
+    double recordIntervalSec = 0.0;
+    bool hasStdDevs = false;
+    std::optional<double> gpsStartSec;
+    std::optional<double> gpsEndSec;
+    std::string error;
+};
+
+/// What became of one band's CTG file.
+enum class CtgStatus {
+    /// Not looked at (no time-mark file, or CTG writing not asked for).
+    NotChecked,
+    /// Written by this run.
+    Written,
+    /// Already on disk and left as it was.
+    Present,
+    /// Could not be written; the band's `error` says why.
+    Failed,
+};
+
+/// One level-0 band of a take.
+struct BandPreparation {
+    std::string band;
+    std::string ctFile;
+    std::string ctgFile;
+    CtgStatus ctg = CtgStatus::NotChecked;
+    /// Scan lines, when the band's times were read or written.
+    std::optional<std::size_t> lines;
+    /// GPS time of the first and last scan line, s of the GPS week.
+    std::optional<double> gpsStartSec;
+    std::optional<double> gpsEndSec;
+    std::string error;
+};
+
+/// One take (flight line) of the session.
+struct TakePreparation {
+    std::string name;
+    std::optional<int> lineNumber;
+    std::vector<BandPreparation> bands;
+    std::vector<std::string> darkTakes;
+    /// The take's GPS time range over all its bands, s of the GPS week.
+    std::optional<double> gpsStartSec;
+    std::optional<double> gpsEndSec;
+    /// Names of the trajectories that hold the whole time range.
+    std::vector<std::string> coveredBy;
+};
+
+/// Everything a session preparation found and did.
+struct PreparationReport {
+    /// The session folder as given and as opened (canonical).
+    std::string input;
+    std::string sessionDirectory;
+    std::string sessionName;
+    std::optional<SensorSummary> sensor;
+    std::optional<TimeMarkSummary> timeMarks;
+    std::vector<TrajectorySummary> trajectories;
+    std::vector<TakePreparation> takes;
+    std::vector<PreparationMessage> messages;
+
+    /// CTG files by status over every band of every take.
+    std::size_t ctgCount(CtgStatus status) const;
+    std::size_t messageCount(PreparationMessage::Severity severity) const;
+    bool hasErrors() const { return messageCount(PreparationMessage::Severity::Error) > 0; }
+
+    /// Appends a message.
+    void add(PreparationMessage::Severity severity, std::string subject, std::string text);
+    void error(std::string subject, std::string text);
+    void warning(std::string subject, std::string text);
+};
+
+/// "written", "present", "failed" or "not checked".
+const char* toString(CtgStatus status);
+/// "information", "warning" or "error".
+const char* toString(PreparationMessage::Severity severity);
+
+} // namespace datamodel
