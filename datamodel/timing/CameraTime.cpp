@@ -89,33 +89,36 @@ void CameraTime::initializeData() const
 
     try {
         const TimeAdaptor adaptor(img());
-        TmFile& tm = sessionTmFile();
-        const Seconds first = adaptor.value(0);
-        tm.load(TmFile::CT_TYPE, first, adaptor.value(adaptor.size() - 1));
-        buildFromCtTm(adaptor, tm);
-        m_initialized = true;
+        buildFromCt(adaptor, sessionTmFile());
     } catch (const std::exception& e) {
         throw std::runtime_error("Could not read CTG file. Reason: " + ctgFailure
                                  + "\n\nAnd also could not create a valid CTG from CT. Inner Exception: " + e.what());
     }
 }
 
-void CameraTime::buildFromCtTm(const TimeAdaptor& ct, const TmFile& tm) const
+void CameraTime::convertCtToGps(std::span<const double> ctSec, const std::string& ctFileName, TmFile& tm,
+                                std::vector<Seconds>& gps)
+{
+    if (ctSec.empty())
+        throw std::runtime_error(ctFileName + ": time out of range.");
+    tm.load(TmFile::CT_TYPE, seconds(ctSec.front()), seconds(ctSec.back()));
+    gps.resize(ctSec.size());
+    // A band's CT values ascend: one walk over the marks converts them.
+    tm.gpsAtCT(ctSec, gps);
+}
+
+void CameraTime::buildFromCt(const TimeAdaptor& ct, TmFile& tm) const
 {
     if (m_initialized)
         return;
+    const std::span<const double> ctSec = ct.values(); // throws without a source
     std::vector<Seconds> times;
-    if (const raster::CtFile* file = ct.ctFile()) {
-        // A band's CT values ascend: one walk over the marks converts them,
-        // bit for bit as line-by-line calls would.
-        times.resize(file->size());
-        tm.gpsAtCT(file->values(), times);
-    } else {
-        const std::size_t n = ct.size();
-        times.reserve(n);
-        for (std::size_t i = 0; i < n; ++i)
-            times.push_back(tm.gpsAtCT(ct.value(i)));
-    }
+    convertCtToGps(ctSec, ct.ctFile()->name(), tm, times);
+    adopt(std::move(times));
+}
+
+void CameraTime::adopt(std::vector<Seconds>&& times) const
+{
     if (!m_model) {
         auto model = std::make_unique<sensor::CameraTime>();
         if (!m_image)
@@ -129,7 +132,11 @@ void CameraTime::buildFromCtTm(const TimeAdaptor& ct, const TmFile& tm) const
 
 void CameraTime::createFromCtTm(const TimeAdaptor& ct, const TmFile& tm)
 {
-    buildFromCtTm(ct, tm);
+    if (m_initialized)
+        return;
+    std::vector<Seconds> times(ct.size());
+    tm.gpsAtCT(ct.values(), times);
+    adopt(std::move(times));
 }
 
 std::size_t CameraTime::size() const
@@ -244,9 +251,7 @@ void CameraTime::createFromCtTm(const std::string& ctFile, const std::string& tm
 {
     const TimeAdaptor adaptor(ctFile);
     TmFile tm(tmFile);
-    const Seconds first = adaptor.value(0);
-    tm.load(TmFile::CT_TYPE, first, adaptor.value(adaptor.size() - 1));
-    createFromCtTm(adaptor, tm);
+    buildFromCt(adaptor, tm);
 }
 
 void CameraTime::createFromCtTmFiles()
@@ -254,11 +259,7 @@ void CameraTime::createFromCtTmFiles()
     if (!m_image)
         throw std::runtime_error(sNotInitialized);
     const TimeAdaptor adaptor(m_image->ctFilename());
-    TmFile& tm = sessionTmFile();
-    const Seconds first = adaptor.value(0);
-    tm.load(TmFile::CT_TYPE, first, adaptor.value(adaptor.size() - 1));
-    createFromCtTm(adaptor, tm);
-    initializeData();
+    buildFromCt(adaptor, sessionTmFile());
     m_model->writeData();
 }
 

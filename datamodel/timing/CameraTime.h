@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -100,6 +101,14 @@ public:
     /// file is made. Throws "CameraTime not initialized." without an image.
     void createFromCtTmFiles();
 
+    /// The conversion of a band's camera times to GPS times that every way
+    /// of building times goes through: checks that `tm` holds the band's CT
+    /// range (TmFile::load, whose messages pass through) and converts every
+    /// line into `gps`, resized to the number of lines (its memory reused).
+    /// Throws `ctFileName` + ": time out of range." for a band without lines.
+    static void convertCtToGps(std::span<const double> ctSec, const std::string& ctFileName, TmFile& tm,
+                               std::vector<Seconds>& gps);
+
 protected:
     /// Converts every line's CT value to GPS time through `tm`, unless the
     /// times are already in memory. Throws "CameraTime not initialized." when
@@ -113,7 +122,13 @@ protected:
 
 private:
     explicit CameraTime(const std::string& ctgFile);
-    void buildFromCtTm(const TimeAdaptor& ct, const TmFile& tm) const;
+    /// Converts the CT values through `tm` (convertCtToGps) and keeps the
+    /// result, unless the times are in memory already.
+    void buildFromCt(const TimeAdaptor& ct, TmFile& tm) const;
+    /// Makes `times` the model's, creating the model for the image's CTG
+    /// file when there is none. Throws "CameraTime not initialized." when a
+    /// model is needed and there is no image.
+    void adopt(std::vector<Seconds>&& times) const;
     TmFile& sessionTmFile() const;
 
     const L0Image* m_image;

@@ -16,9 +16,11 @@ public:
     virtual ~CtgWriter();
 
     /// Loads the times if needed and writes them to `path`, whole or not at
-    /// all. Throws "Can't open for write: " + path, and the loading failure
-    /// of the times ("Could not initialize the camera times object. Reason:
-    /// " + ...).
+    /// all. Throws "Can't open for write: " + path (the system's reason
+    /// nested), the loading failure of the times ("Could not initialize the
+    /// camera times object. Reason: " + ...), and util::FileWriteError
+    /// "Can't write CTG file: " + path + " (" + reason + ")" when writing,
+    /// syncing or renaming fails.
     void write(const std::string& path);
 
 private:

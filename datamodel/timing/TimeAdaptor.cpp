@@ -25,7 +25,6 @@ std::unique_ptr<raster::CtFile> openCtFile(const std::string& path)
 } // namespace
 
 CameraTime::TimeAdaptor::TimeAdaptor(const L0Image& image)
-    : m_image(&image)
 {
     const std::string& path = image.ctFilename();
     if (QFileInfo::exists(QString::fromStdString(path)))
@@ -33,8 +32,7 @@ CameraTime::TimeAdaptor::TimeAdaptor(const L0Image& image)
 }
 
 CameraTime::TimeAdaptor::TimeAdaptor(const std::string& ctFile)
-    : m_image(nullptr)
-    , m_ctFile(openCtFile(ctFile))
+    : m_ctFile(openCtFile(ctFile))
 {
 }
 
@@ -50,6 +48,11 @@ const raster::CtFile& CameraTime::TimeAdaptor::source() const
 std::size_t CameraTime::TimeAdaptor::size() const
 {
     return source().size();
+}
+
+std::span<const double> CameraTime::TimeAdaptor::values() const
+{
+    return source().values();
 }
 
 Seconds CameraTime::TimeAdaptor::value(std::size_t i) const

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 
 namespace raster {
@@ -38,13 +39,15 @@ public:
     /// for an index at or past size(), and "TimeAdaptor not initialized."
     /// without a source.
     Seconds value(std::size_t i) const;
+    /// Every CT value in line order, s. Throws "TimeAdaptor not
+    /// initialized." without a source.
+    std::span<const double> values() const;
     /// The CT file read; null without one.
     const raster::CtFile* ctFile() const { return m_ctFile.get(); }
 
 private:
     const raster::CtFile& source() const;
 
-    const L0Image* m_image;
     std::unique_ptr<raster::CtFile> m_ctFile;
 };
 

@@ -29,6 +29,14 @@ public:
     /// details in parentheses), "Failed to read CT file: ".
     explicit CtFile(const std::string& path);
 
+    /// Reads the CT values of the file `path` into `values`, whose memory is
+    /// reused. Throws as the constructor; `values` is unspecified after a
+    /// failure.
+    static void read(const std::string& path, std::vector<double>& values);
+    /// The number of scan lines of the file `path`, from its header, checked
+    /// against its size. Throws as the constructor.
+    static std::size_t lineCount(const std::string& path);
+
     /// The CT value of every scan line, s, in line order.
     const std::vector<double>& values() const { return m_values; }
     std::size_t size() const { return m_values.size(); }
@@ -36,7 +44,8 @@ public:
     const std::string& name() const { return m_name; }
 
     /// Writes `values` as a CT file (whole or not at all). Throws
-    /// "Can't write CT file: " + path.
+    /// util::FileWriteError "Can't write CT file: " + path + " (" + the
+    /// system's reason + ")".
     static void write(const std::string& path, const std::vector<double>& values);
 
 private:

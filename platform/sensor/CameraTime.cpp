@@ -1,8 +1,9 @@
 #include <platform/sensor/CameraTime.h>
 
+#include <platform/util/AtomicFile.h>
+
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <bit>
 #include <cmath>
@@ -46,33 +47,42 @@ CameraTime::CameraTime(const std::string& ctgFile)
     loadData();
 }
 
+void CameraTime::readCtgFile(const std::string& path, std::vector<Time>& times)
+{
+    QFile file(QString::fromStdString(path));
+    if (QFileInfo(file).isDir() || !file.open(QIODevice::ReadOnly))
+        throw std::runtime_error("Can't open CTG file: " + path);
+    const qint64 size = file.size();
+    if (size % 8 != 0)
+        throw std::runtime_error("CTG file size is no multiple of 8 bytes: " + path);
+    times.resize(std::size_t(size / 8));
+    if (size > 0 && file.read(reinterpret_cast<char*>(times.data()), size) != size)
+        throw std::runtime_error("Failed to read CTG file: " + path);
+}
+
 void CameraTime::loadData()
 {
     if (m_ctgFileName.empty())
         throw std::runtime_error("No CTG file name set.");
-    QFile file(QString::fromStdString(m_ctgFileName));
-    if (QFileInfo(file).isDir() || !file.open(QIODevice::ReadOnly))
-        throw std::runtime_error("Can't open CTG file: " + m_ctgFileName);
-    const qint64 size = file.size();
-    if (size % 8 != 0)
-        throw std::runtime_error("CTG file size is no multiple of 8 bytes: " + m_ctgFileName);
-
-    std::vector<Time> values(std::size_t(size / 8));
-    if (size > 0 && file.read(reinterpret_cast<char*>(values.data()), size) != size)
-        throw std::runtime_error("Failed to read CTG file: " + m_ctgFileName);
+    std::vector<Time> values;
+    readCtgFile(m_ctgFileName, values);
     m_values = std::move(values);
+}
+
+void CameraTime::writeCtg(util::AtomicFile& file, std::span<const Time> times)
+{
+    // One block of little-endian doubles, in line order.
+    file.write(times.data(), times.size_bytes());
+    file.commit();
 }
 
 void CameraTime::writeData() const
 {
     if (m_ctgFileName.empty())
         throw std::runtime_error("No CTG file name set.");
-    QByteArray bytes(qsizetype(8 * m_values.size()), Qt::Uninitialized);
-    if (!m_values.empty())
-        std::memcpy(bytes.data(), m_values.data(), std::size_t(bytes.size()));
-    QSaveFile file(QString::fromStdString(m_ctgFileName));
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
-        throw std::runtime_error("Can't write CTG file: " + m_ctgFileName);
+    util::AtomicFile file(m_ctgFileName, "CTG file");
+    file.open();
+    writeCtg(file, m_values);
 }
 
 CameraTime::Time CameraTime::gpsTime(float line) const

@@ -4,8 +4,13 @@
 
 #include <cstdint>
 #include <map>
+#include <span>
 #include <string>
 #include <vector>
+
+namespace util {
+class AtomicFile;
+}
 
 namespace sensor {
 
@@ -62,8 +67,16 @@ public:
     /// file: ", each followed by the path; the times are kept on failure.
     void loadData();
     /// Writes the times to the CTG file named (whole or not at all). Throws
-    /// "No CTG file name set." and "Can't write CTG file: " + path.
+    /// "No CTG file name set." and util::FileWriteError "Can't write CTG
+    /// file: " + path + " (" + the system's reason + ")".
     void writeData() const;
+
+    /// Reads the CTG file `path` into `times`, whose memory is reused.
+    /// Throws as loadData(); `times` is unspecified after a failure.
+    static void readCtgFile(const std::string& path, std::vector<Time>& times);
+    /// Writes `times` in the CTG layout to the opened `file` and commits it.
+    /// The one writer of the CTG byte layout. Throws util::FileWriteError.
+    static void writeCtg(util::AtomicFile& file, std::span<const Time> times);
     void setCtgFileName(const std::string& path) { m_ctgFileName = path; }
     const std::string& ctgFileName() const { return m_ctgFileName; }
 

@@ -74,5 +74,5 @@ TEST(CtFile, BrokenFilesSayWhatIsWrong)
     EXPECT_EQ(message("header.ct", ctBytes("CT01", 8, 1, {1.0})),
               "CT file has an invalid header size: " + root + "header.ct (8 bytes, at least 16 expected)");
     const std::string unwritable = root + "no/such/dir/x.ct";
-    EXPECT_EQ(thrownMessage([&] { raster::CtFile::write(unwritable, {1.0}); }), "Can't write CT file: " + unwritable);
+    EXPECT_EQ(thrownMessage([&] { raster::CtFile::write(unwritable, {1.0}); }), "Can't write CT file: " + unwritable + " (No such file or directory)");
 }

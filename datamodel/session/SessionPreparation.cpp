@@ -1,0 +1,262 @@
+#include <datamodel/session/SessionPreparation.h>
+
+#include <datamodel/model/L0Image.h>
+#include <datamodel/model/Sensor.h>
+#include <datamodel/model/Take.h>
+#include <datamodel/session/RecordingSession.h>
+#include <datamodel/timing/CtgBuilder.h>
+#include <datamodel/timing/TmFile.h>
+#include <datamodel/trajectory/ImuTrajectory.h>
+#include <datamodel/trajectory/PosFile.h>
+
+#include <platform/util/ErrorText.h>
+#include <platform/util/ProgressInterface.h>
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <exception>
+#include <memory>
+
+namespace datamodel {
+
+namespace {
+
+std::string takeSubject(const Take& take)
+{
+    return "take " + take.name();
+}
+
+std::string bandSubject(const Take& take, const std::string& band)
+{
+    return "take " + take.name() + ", band " + band;
+}
+
+// A session's raw/ folder given instead of the session folder: the folder
+// is named raw and its parent holds the session's other folders.
+bool isRawFolderOfSession(const QFileInfo& folder)
+{
+    if (folder.fileName() != QLatin1String("raw"))
+        return false;
+    const QDir parent = folder.absoluteDir();
+    return parent.exists(QStringLiteral("gps-imu")) || parent.exists(QStringLiteral("mm"));
+}
+
+struct OpenTrajectory {
+    std::unique_ptr<ImuTrajectory> trajectory;
+    std::string name;
+};
+
+} // namespace
+
+SessionPreparation::SessionPreparation() = default;
+
+SessionPreparation::SessionPreparation(Options options)
+    : m_options(std::move(options))
+{
+}
+
+SessionPreparation::~SessionPreparation() = default;
+
+void SessionPreparation::addStage(std::unique_ptr<PreparationStage> stage)
+{
+    m_stages.push_back(std::move(stage));
+}
+
+PreparationReport SessionPreparation::run(const std::string& directory, util::ProgressInterface* progress) const
+{
+    PreparationReport report;
+    report.input = directory;
+
+    const QFileInfo folder(QString::fromStdString(directory));
+    if (isRawFolderOfSession(folder)) {
+        report.error(directory, "This is the raw/ folder of a session, not a session folder: prepare the session "
+                                "folder " + QDir::cleanPath(folder.absoluteDir().path()).toStdString() + " instead.");
+        return report;
+    }
+
+    std::unique_ptr<RecordingSession> session;
+    try {
+        session = std::make_unique<RecordingSession>(directory);
+    } catch (const std::exception& e) {
+        report.error(directory, util::fullMessage(e));
+        return report;
+    }
+    const std::string& where = session->directory();
+    report.sessionDirectory = where;
+    try {
+        report.sessionName = session->name();
+    } catch (const std::exception& e) {
+        report.error(where, util::fullMessage(e));
+    }
+
+    std::vector<Take*> allTakes;
+    try {
+        allTakes = session->takes();
+    } catch (const std::exception& e) {
+        report.error(where, util::fullMessage(e));
+    }
+    if (allTakes.empty())
+        report.error(where, "No takes in " + where);
+
+    try {
+        const Sensor& sensor = session->sensor();
+        report.sensor = SensorSummary{sensor.id(), sensor.type(), sensor.calibrationVersion(), sensor.cameraFile()};
+    } catch (const std::exception& e) {
+        report.error(where, util::fullMessage(e));
+    }
+
+    // The time-mark file converts camera times to GPS times.
+    TmFile* marks = nullptr;
+    try {
+        marks = &session->tmFile();
+        report.timeMarks = TimeMarkSummary{marks->name(), marks->numLoadedSets(), marks->hasGpsRollover()};
+    } catch (const std::exception& e) {
+        report.error(where, util::fullMessage(e));
+    }
+
+    // Trajectories, opened once for the coverage.
+    std::vector<OpenTrajectory> trajectories;
+    if (m_options.checkCoverage) {
+        try {
+            for (const RecordingSession::ImuTrajectoryId* id : session->imuTrajectories()) {
+                TrajectorySummary summary;
+                summary.name = id->name();
+                try {
+                    std::unique_ptr<ImuTrajectory> trajectory = session->createImuTrajectory(*id);
+                    summary.path = trajectory->fileName();
+                    summary.opened = true;
+                    summary.records = trajectory->numSets();
+                    summary.recordIntervalSec = trajectory->frequency();
+                    summary.hasStdDevs = trajectory->hasStdDevs();
+                    if (summary.records > 0 && trajectory->reader()) {
+                        summary.gpsStartSec = trajectory->reader()->startTime().value();
+                        summary.gpsEndSec = trajectory->reader()->endTime().value();
+                    }
+                    trajectories.push_back({std::move(trajectory), id->name()});
+                } catch (const std::exception& e) {
+                    summary.error = util::fullMessage(e);
+                    report.error(id->name(), summary.error);
+                }
+                report.trajectories.push_back(std::move(summary));
+            }
+        } catch (const std::exception& e) {
+            report.error(where, util::fullMessage(e));
+        }
+        if (report.trajectories.empty())
+            report.error(where, "Cannot find any IMU trajectories (SBET or SOL files).");
+    }
+
+    // The takes asked for, in the session's order.
+    std::vector<Take*> takes;
+    for (Take* take : allTakes) {
+        if (m_options.takes.empty()
+            || std::find(m_options.takes.begin(), m_options.takes.end(), take->name()) != m_options.takes.end())
+            takes.push_back(take);
+    }
+    for (const std::string& wanted : m_options.takes)
+        if (std::none_of(takes.begin(), takes.end(), [&](const Take* take) { return take->name() == wanted; }))
+            report.error(where, "No take " + wanted + " in " + where);
+
+    // Every band's CTG file: checked when present, written when missing.
+    std::size_t bandCount = 0;
+    for (const Take* take : takes)
+        bandCount += take->imagesL0().size();
+    {
+        util::ProgressTask task(progress, m_options.writeCtg ? "Writing CTG files" : "Checking CTG files", 0,
+                                static_cast<long long>(bandCount));
+        CtgBuilder builder;
+        long long done = 0;
+        for (Take* take : takes) {
+            TakePreparation item;
+            item.name = take->name();
+            if (take->lineNumber() != Take::sUnsetLineNumber)
+                item.lineNumber = int(take->lineNumber());
+            for (const Take* dark : take->darkTakes())
+                item.darkTakes.push_back(dark->name());
+            for (L0Image* image : take->imagesL0()) {
+                BandPreparation band;
+                band.band = image->bandName();
+                band.ctFile = image->ctFilename();
+                band.ctgFile = image->ctgFilename();
+                const std::string subject = bandSubject(*take, band.band);
+                auto keep = [&band](const CtgBuilder::Band& times, CtgStatus status) {
+                    band.ctg = status;
+                    band.lines = times.lines;
+                    if (times.lines > 0) {
+                        band.gpsStartSec = times.first.value();
+                        band.gpsEndSec = times.last.value();
+                    }
+                };
+                bool write = false;
+                if (QFileInfo::exists(QString::fromStdString(band.ctgFile))) {
+                    try {
+                        keep(builder.check(band.ctgFile, band.ctFile), CtgStatus::Present);
+                    } catch (const std::exception& e) {
+                        write = m_options.writeCtg && marks;
+                        if (write)
+                            report.warning(subject, util::fullMessage(e) + "; the file is written again");
+                        else {
+                            band.ctg = CtgStatus::Failed;
+                            band.error = util::fullMessage(e);
+                            report.error(subject, band.error);
+                        }
+                    }
+                } else {
+                    write = m_options.writeCtg && marks;
+                }
+                if (write) {
+                    try {
+                        keep(builder.write(band.ctFile, *marks, band.ctgFile), CtgStatus::Written);
+                    } catch (const std::exception& e) {
+                        band.ctg = CtgStatus::Failed;
+                        band.error = util::fullMessage(e);
+                        report.error(subject, band.error);
+                    }
+                }
+                item.bands.push_back(std::move(band));
+                task.report(++done);
+            }
+
+            // The take's time range over its bands.
+            for (const BandPreparation& band : item.bands) {
+                if (!band.gpsStartSec)
+                    continue;
+                item.gpsStartSec = std::min(item.gpsStartSec.value_or(*band.gpsStartSec), *band.gpsStartSec);
+                item.gpsEndSec = std::max(item.gpsEndSec.value_or(*band.gpsEndSec), *band.gpsEndSec);
+            }
+            report.takes.push_back(std::move(item));
+        }
+    }
+
+    // Which trajectories hold each take's whole time range.
+    if (m_options.checkCoverage) {
+        for (std::size_t i = 0; i < takes.size(); ++i) {
+            TakePreparation& item = report.takes[i];
+            if (!item.gpsStartSec) {
+                if (marks)
+                    report.error(takeSubject(*takes[i]), "Cannot compute min/max times for the image lines.");
+                continue;
+            }
+            for (const OpenTrajectory& open : trajectories) {
+                if (open.trajectory->containsGpsTime(seconds(*item.gpsStartSec))
+                    && open.trajectory->containsGpsTime(seconds(*item.gpsEndSec)))
+                    item.coveredBy.push_back(open.name);
+            }
+            if (item.coveredBy.empty() && !trajectories.empty())
+                report.error(takeSubject(*takes[i]), "No trajectory covers take " + item.name);
+        }
+    }
+
+    for (const auto& stage : m_stages) {
+        try {
+            stage->run(*session, takes, report, progress);
+        } catch (const std::exception& e) {
+            report.error(where, stage->name() + ": " + util::fullMessage(e));
+        }
+    }
+    return report;
+}
+
+} // namespace datamodel

@@ -1,0 +1,41 @@
+#include <datamodel/timing/CtgBuilder.h>
+
+#include <datamodel/timing/CameraTime.h>
+#include <datamodel/timing/TmFile.h>
+
+#include <platform/raster/CtFile.h>
+#include <platform/sensor/CameraTime.h>
+#include <platform/util/AtomicFile.h>
+
+#include <cmath>
+#include <stdexcept>
+
+namespace datamodel {
+
+CtgBuilder::Band CtgBuilder::write(const std::string& ctFile, TmFile& tm, const std::string& ctgFile)
+{
+    raster::CtFile::read(ctFile, m_ctSec);
+    CameraTime::convertCtToGps(m_ctSec, ctFile, tm, m_gps);
+    util::AtomicFile file(ctgFile, "CTG file");
+    file.open();
+    sensor::CameraTime::writeCtg(file, m_gps);
+    return {m_gps.size(), m_gps.front(), m_gps.back()};
+}
+
+CtgBuilder::Band CtgBuilder::check(const std::string& ctgFile, const std::string& ctFile)
+{
+    const std::size_t bandLines = raster::CtFile::lineCount(ctFile);
+    sensor::CameraTime::readCtgFile(ctgFile, m_gps);
+    if (m_gps.size() != bandLines)
+        throw std::runtime_error("CTG file has " + std::to_string(m_gps.size()) + " scan lines, its band "
+                                 + std::to_string(bandLines) + ": " + ctgFile);
+    for (std::size_t line = 0; line < m_gps.size(); ++line)
+        if (!std::isfinite(m_gps[line].value()))
+            throw std::runtime_error("CTG file holds a time that is not a finite number at scan line "
+                                     + std::to_string(line) + ": " + ctgFile);
+    if (m_gps.empty())
+        return {};
+    return {m_gps.size(), m_gps.front(), m_gps.back()};
+}
+
+} // namespace datamodel

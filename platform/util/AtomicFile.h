@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+namespace util {
+
+/// A failure to write a file, with the step that failed and the system's
+/// error number (0 when there is none).
+class FileWriteError : public std::runtime_error {
+public:
+    enum class Step { Open, Write, Sync, Rename };
+
+    FileWriteError(const std::string& message, Step step, int errorNumber)
+        : std::runtime_error(message)
+        , m_step(step)
+        , m_errorNumber(errorNumber)
+    {
+    }
+    Step step() const { return m_step; }
+    int errorNumber() const { return m_errorNumber; }
+
+private:
+    Step m_step;
+    int m_errorNumber;
+};
+
+/// A file that appears whole or not at all. The bytes go to a temporary file
+/// beside the target (".<name>.<pid>.<n>.part", created with the umask's
+/// permissions); commit() makes them durable (fdatasync), renames the
+/// temporary file onto the target and syncs the folder, so that after a
+/// crash or a power loss the target is either the old file or the new one.
+/// Every step is checked: a failure throws FileWriteError "Can't write " +
+/// what + ": " + path + " (" + the system's reason + ")" and removes the
+/// temporary file, leaving the target as it was. Destroying a file that was
+/// not committed removes the temporary file too.
+class AtomicFile {
+public:
+    /// `what` names the kind of file in messages ("CTG file").
+    AtomicFile(std::string path, std::string what);
+    ~AtomicFile();
+    AtomicFile(const AtomicFile&) = delete;
+    AtomicFile& operator=(const AtomicFile&) = delete;
+
+    /// Creates the temporary file. Throws FileWriteError with Step::Open.
+    void open();
+    /// Writes all `bytes` (retrying short writes). Throws with Step::Write,
+    /// "No space left on device" and the like in parentheses.
+    void write(const void* data, std::size_t bytes);
+    /// Syncs, renames onto the target and syncs the folder. Throws with
+    /// Step::Sync or Step::Rename.
+    void commit();
+    /// Removes the temporary file; the target stays as it was.
+    void discard() noexcept;
+
+    const std::string& path() const { return m_path; }
+    const std::string& temporaryPath() const { return m_temporary; }
+
+    /// Writes `bytes` to `path` whole or not at all, as above.
+    static void writeWhole(const std::string& path, const std::string& what, const void* data, std::size_t bytes);
+
+private:
+    [[noreturn]] void fail(FileWriteError::Step step, int errorNumber);
+
+    std::string m_path;
+    std::string m_what;
+    std::string m_temporary;
+    int m_fd = -1;
+};
+
+/// The system's text for an error number ("No space left on device").
+std::string systemReason(int errorNumber);
+
+} // namespace util
