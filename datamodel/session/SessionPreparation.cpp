@@ -167,6 +167,7 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
         util::ProgressTask task(progress, m_options.writeCtg ? "Writing CTG files" : "Checking CTG files", 0,
                                 static_cast<long long>(bandCount));
         CtgBuilder builder;
+        std::vector<std::size_t> staged; // the bands of the take whose CTG file waits for the commit
         long long done = 0;
         for (Take* take : takes) {
             TakePreparation item;
@@ -208,7 +209,8 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                 }
                 if (write) {
                     try {
-                        keep(builder.write(band.ctFile, *marks, band.ctgFile), CtgStatus::Written);
+                        keep(builder.stage(band.ctFile, *marks, band.ctgFile), CtgStatus::Written);
+                        staged.push_back(item.bands.size());
                     } catch (const std::exception& e) {
                         band.ctg = CtgStatus::Failed;
                         band.error = util::fullMessage(e);
@@ -218,6 +220,22 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                 item.bands.push_back(std::move(band));
                 task.report(++done);
             }
+
+            // The take's new CTG files reach the disk together.
+            const std::vector<std::exception_ptr> failures = builder.commit();
+            for (std::size_t i = 0; i < failures.size(); ++i) {
+                if (!failures[i])
+                    continue;
+                BandPreparation& band = item.bands[staged[i]];
+                band = BandPreparation{band.band, band.ctFile, band.ctgFile, CtgStatus::Failed, {}, {}, {}, {}};
+                try {
+                    std::rethrow_exception(failures[i]);
+                } catch (const std::exception& e) {
+                    band.error = util::fullMessage(e);
+                }
+                report.error(bandSubject(*take, band.band), band.error);
+            }
+            staged.clear();
 
             // The take's time range over its bands.
             for (const BandPreparation& band : item.bands) {

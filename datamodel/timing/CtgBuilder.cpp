@@ -12,6 +12,11 @@
 
 namespace datamodel {
 
+CtgBuilder::CtgBuilder() = default;
+
+// Staged files that were never committed are removed with their AtomicFile.
+CtgBuilder::~CtgBuilder() = default;
+
 CtgBuilder::Band CtgBuilder::write(const std::string& ctFile, TmFile& tm, const std::string& ctgFile)
 {
     raster::CtFile::read(ctFile, m_ctSec);
@@ -19,7 +24,37 @@ CtgBuilder::Band CtgBuilder::write(const std::string& ctFile, TmFile& tm, const 
     util::AtomicFile file(ctgFile, "CTG file");
     file.open();
     sensor::CameraTime::writeCtg(file, m_gps);
+    file.commit();
     return {m_gps.size(), m_gps.front(), m_gps.back()};
+}
+
+CtgBuilder::Band CtgBuilder::stage(const std::string& ctFile, TmFile& tm, const std::string& ctgFile)
+{
+    raster::CtFile::read(ctFile, m_ctSec);
+    CameraTime::convertCtToGps(m_ctSec, ctFile, tm, m_gps);
+    auto file = std::make_unique<util::AtomicFile>(ctgFile, "CTG file");
+    file->open();
+    sensor::CameraTime::writeCtg(*file, m_gps);
+    m_staged.push_back(std::move(file));
+    return {m_gps.size(), m_gps.front(), m_gps.back()};
+}
+
+std::vector<std::exception_ptr> CtgBuilder::commit()
+{
+    std::vector<util::AtomicFile*> files;
+    for (const auto& file : m_staged)
+        files.push_back(file.get());
+    std::vector<std::exception_ptr> failures = util::AtomicFile::commitAll(files);
+    m_staged.clear();
+    return failures;
+}
+
+std::vector<std::string> CtgBuilder::staged() const
+{
+    std::vector<std::string> paths;
+    for (const auto& file : m_staged)
+        paths.push_back(file->path());
+    return paths;
 }
 
 CtgBuilder::Band CtgBuilder::check(const std::string& ctgFile, const std::string& ctFile)

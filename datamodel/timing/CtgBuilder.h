@@ -3,8 +3,14 @@
 #include <datamodel/model/Seconds.h>
 
 #include <cstddef>
+#include <exception>
+#include <memory>
 #include <string>
 #include <vector>
+
+namespace util {
+class AtomicFile;
+}
 
 namespace datamodel {
 
@@ -24,11 +30,28 @@ public:
         Seconds last;
     };
 
+    CtgBuilder();
+    /// Removes the temporary files of staged files not committed.
+    ~CtgBuilder();
+    CtgBuilder(const CtgBuilder&) = delete;
+    CtgBuilder& operator=(const CtgBuilder&) = delete;
+
     /// Reads the CT file `ctFile`, converts it through `tm` and writes the
     /// CTG file `ctgFile` whole or not at all. Throws the CT reader's, the
     /// time-mark file's and the writer's messages ("Can't write CTG file: "
     /// + path + " (" + the system's reason + ")").
     Band write(const std::string& ctFile, TmFile& tm, const std::string& ctgFile);
+
+    /// As write(), but the CTG file is left in its temporary file until
+    /// commit(), which makes many files durable far faster than one by one.
+    /// Until then the target is as it was.
+    Band stage(const std::string& ctFile, TmFile& tm, const std::string& ctgFile);
+    /// Makes every staged file durable and moves it into place. Returns one
+    /// entry per staged file, in staging order: null when committed, else
+    /// the failure ("Can't write CTG file: " + path + " (" + reason + ")").
+    std::vector<std::exception_ptr> commit();
+    /// The CTG files staged and not committed yet, in staging order.
+    std::vector<std::string> staged() const;
 
     /// Reads the existing CTG file `ctgFile` and checks that it can be the
     /// band's: one time per scan line of `ctFile` and every time a finite
@@ -40,6 +63,7 @@ public:
 private:
     std::vector<double> m_ctSec;
     std::vector<Seconds> m_gps;
+    std::vector<std::unique_ptr<util::AtomicFile>> m_staged;
 };
 
 } // namespace datamodel

@@ -28,6 +28,7 @@ void CtgWriter::write(const std::string& path)
         std::throw_with_nested(std::runtime_error("Can't open for write: " + path));
     }
     sensor::CameraTime::writeCtg(file, m_times->values());
+    file.commit();
 }
 
 } // namespace datamodel

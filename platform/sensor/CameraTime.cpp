@@ -73,7 +73,6 @@ void CameraTime::writeCtg(util::AtomicFile& file, std::span<const Time> times)
 {
     // One block of little-endian doubles, in line order.
     file.write(times.data(), times.size_bytes());
-    file.commit();
 }
 
 void CameraTime::writeData() const
@@ -83,6 +82,7 @@ void CameraTime::writeData() const
     util::AtomicFile file(m_ctgFileName, "CTG file");
     file.open();
     writeCtg(file, m_values);
+    file.commit();
 }
 
 CameraTime::Time CameraTime::gpsTime(float line) const

@@ -74,8 +74,9 @@ public:
     /// Reads the CTG file `path` into `times`, whose memory is reused.
     /// Throws as loadData(); `times` is unspecified after a failure.
     static void readCtgFile(const std::string& path, std::vector<Time>& times);
-    /// Writes `times` in the CTG layout to the opened `file` and commits it.
-    /// The one writer of the CTG byte layout. Throws util::FileWriteError.
+    /// Writes `times` in the CTG layout to the opened `file`, which the
+    /// caller then commits. The one writer of the CTG byte layout. Throws
+    /// util::FileWriteError.
     static void writeCtg(util::AtomicFile& file, std::span<const Time> times);
     void setCtgFileName(const std::string& path) { m_ctgFileName = path; }
     const std::string& ctgFileName() const { return m_ctgFileName; }

@@ -1,10 +1,12 @@
 #include <platform/util/AtomicFile.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <thread>
 #include <unistd.h>
 
 namespace util {
@@ -94,7 +96,7 @@ void AtomicFile::write(const void* data, std::size_t bytes)
     }
 }
 
-void AtomicFile::commit()
+void AtomicFile::syncData()
 {
     if (m_fd < 0)
         fail(FileWriteError::Step::Sync, EBADF);
@@ -107,18 +109,84 @@ void AtomicFile::commit()
         const int error = errno;
         fail(FileWriteError::Step::Sync, error);
     }
+}
+
+void AtomicFile::moveIntoPlace()
+{
     if (std::rename(m_temporary.c_str(), m_path.c_str()) != 0)
         fail(FileWriteError::Step::Rename, errno);
     m_temporary.clear();
-    // The rename itself is durable once the folder is synced.
-    const int folder = ::open(folderOf(m_path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder >= 0) {
-        const int synced = ::fsync(folder);
-        const int error = errno;
-        ::close(folder);
-        if (synced != 0 && error != EINVAL)
-            fail(FileWriteError::Step::Rename, error);
+}
+
+void AtomicFile::syncFolder(const std::string& path)
+{
+    const std::string folder = folderOf(path);
+    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return;
+    const int synced = ::fsync(fd);
+    const int error = errno;
+    ::close(fd);
+    // Some file systems cannot sync a folder; the rename is as durable as
+    // they make it.
+    if (synced != 0 && error != EINVAL && error != EROFS)
+        throw FileWriteError("Can't write the folder " + folder + " (" + systemReason(error) + ")",
+                             FileWriteError::Step::Rename, error);
+}
+
+void AtomicFile::commit()
+{
+    syncData();
+    moveIntoPlace();
+    syncFolder(m_path);
+}
+
+std::vector<std::exception_ptr> AtomicFile::commitAll(std::span<AtomicFile* const> files)
+{
+    std::vector<std::exception_ptr> failures(files.size());
+    // The syncs wait on the disk, not on the processor: a few in flight at
+    // once let the file system write them in one journal commit.
+    constexpr std::size_t sParallelSyncs = 4;
+    std::atomic<std::size_t> next{0};
+    auto syncSome = [&] {
+        for (std::size_t i; (i = next.fetch_add(1)) < files.size();) {
+            try {
+                files[i]->syncData();
+            } catch (...) {
+                failures[i] = std::current_exception();
+            }
+        }
+    };
+    {
+        std::vector<std::jthread> helpers;
+        for (std::size_t t = 1; t < std::min(sParallelSyncs, files.size()); ++t)
+            helpers.emplace_back(syncSome);
+        syncSome();
     }
+
+    std::vector<std::string> folders;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        if (failures[i])
+            continue;
+        try {
+            files[i]->moveIntoPlace();
+            const std::string folder = folderOf(files[i]->m_path);
+            if (std::find(folders.begin(), folders.end(), folder) == folders.end())
+                folders.push_back(folder);
+        } catch (...) {
+            failures[i] = std::current_exception();
+        }
+    }
+    for (const std::string& folder : folders) {
+        try {
+            syncFolder(folder + "/.");
+        } catch (...) {
+            for (std::size_t i = 0; i < files.size(); ++i)
+                if (!failures[i] && folderOf(files[i]->m_path) == folder)
+                    failures[i] = std::current_exception();
+        }
+    }
+    return failures;
 }
 
 void AtomicFile::discard() noexcept

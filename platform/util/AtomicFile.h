@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <exception>
+#include <span>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace util {
 
@@ -54,6 +57,13 @@ public:
     /// Removes the temporary file; the target stays as it was.
     void discard() noexcept;
 
+    /// Commits many written files: syncs them side by side (a few at a time,
+    /// so that the file system can join their journal commits), renames
+    /// each that synced onto its target, in order, then syncs each folder
+    /// once. Returns one entry per file: null when it was committed, else
+    /// the FileWriteError that stopped it (its temporary file removed).
+    static std::vector<std::exception_ptr> commitAll(std::span<AtomicFile* const> files);
+
     const std::string& path() const { return m_path; }
     const std::string& temporaryPath() const { return m_temporary; }
 
@@ -62,6 +72,12 @@ public:
 
 private:
     [[noreturn]] void fail(FileWriteError::Step step, int errorNumber);
+    /// fdatasync and close.
+    void syncData();
+    /// Renames the temporary file onto the target.
+    void moveIntoPlace();
+    /// Syncs the folder of `path` so that a rename in it lasts.
+    static void syncFolder(const std::string& path);
 
     std::string m_path;
     std::string m_what;

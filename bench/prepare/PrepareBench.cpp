@@ -1,0 +1,284 @@
+// Preparing a session against the floor: the library's session preparation
+// (open the session, check or write every band's CTG file, the coverage of
+// every take) and the least a C program can do to write the same CTG files
+// with the same durability (bench/prepare/ctg_floor.c), on the same
+// simulated flight, CTG files absent, page cache warm. At the end the ratios
+// of wall and CPU time (user + system) are printed, and the CPU time per scan
+// line of the CTG stage for takes of 30 000 to 120 000 lines (eight takes of
+// twelve bands each).
+//
+// The flight is simulated into a temporary folder first (the realistic
+// preset: 20 takes of 12 bands of 60 000 lines), or taken from
+// DATAMODEL_BENCH_FLIGHT when that names a session folder.
+
+#include "ctg_floor.h"
+
+#include <datamodel/session/SessionPreparation.h>
+
+#include <platform/util/ProgressInterface.h>
+
+#include <flightsim/FlightSimulator.h>
+#include <flightsim/SimulationConfig.h>
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <sys/resource.h>
+#include <time.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+struct Flight {
+    QString directory;
+    std::string tmFile;
+    long lines = 0;
+};
+
+// Simulated flights, made once per process and removed at exit.
+class Flights {
+public:
+    const Flight& realistic()
+    {
+        if (const char* given = std::getenv("DATAMODEL_BENCH_FLIGHT"))
+            return remember(QString::fromLocal8Bit(given), flightsim::SimulationConfig());
+        return simulate("realistic", flightsim::SimulationConfig::preset(flightsim::SimulationConfig::Preset::Realistic));
+    }
+
+    // Eight takes of twelve bands with `lines` scan lines each.
+    const Flight& withLines(int lines)
+    {
+        auto config = flightsim::SimulationConfig::preset(flightsim::SimulationConfig::Preset::Realistic);
+        config.takes = 8;
+        config.linesPerTake = lines;
+        return simulate("lines" + std::to_string(lines), config);
+    }
+
+private:
+    const Flight& simulate(const std::string& key, const flightsim::SimulationConfig& config)
+    {
+        auto found = m_flights.find(key);
+        if (found != m_flights.end())
+            return found->second;
+        if (!m_root.isValid())
+            throw std::runtime_error("bench set-up: no temporary folder");
+        const QString directory = m_root.path() + QLatin1Char('/') + QString::fromStdString(key);
+        flightsim::FlightSimulator(config).run(directory, nullptr);
+        return remember(directory, config, key);
+    }
+
+    const Flight& remember(const QString& directory, const flightsim::SimulationConfig&, const std::string& key = "given")
+    {
+        Flight flight;
+        flight.directory = directory;
+        QDirIterator marks(directory + QStringLiteral("/gps-imu"), {QStringLiteral("tm*.dat")}, QDir::Files,
+                           QDirIterator::Subdirectories);
+        if (!marks.hasNext())
+            throw std::runtime_error("bench set-up: no time-mark file in " + directory.toStdString());
+        flight.tmFile = marks.next().toStdString();
+        return m_flights.emplace(key, flight).first->second;
+    }
+
+    QTemporaryDir m_root{QDir::tempPath() + QStringLiteral("/prepare-bench-XXXXXX")};
+    std::map<std::string, Flight> m_flights;
+};
+
+Flights& flights()
+{
+    static Flights instance;
+    return instance;
+}
+
+void removeCtgFiles(const QString& directory)
+{
+    QDirIterator files(directory + QStringLiteral("/raw"), {QStringLiteral("*.ctg")}, QDir::Files);
+    while (files.hasNext())
+        QFile::remove(files.next());
+}
+
+double wallSec()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return double(now.tv_sec) + 1e-9 * double(now.tv_nsec);
+}
+
+double cpuSec()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec)
+        + 1e-6 * double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
+}
+
+// The best wall and CPU time of each measured job, for the summary, and
+// the best CPU time of its CTG stage alone (preparations only).
+struct Best {
+    double wallSec = std::numeric_limits<double>::infinity();
+    double cpuSec = std::numeric_limits<double>::infinity();
+    double stageCpuSec = std::numeric_limits<double>::infinity();
+    long lines = 0;
+};
+// The CPU time of the last preparation's CTG stage.
+double sLastStageCpuSec = 0.0;
+std::map<std::string, Best> sBest;
+
+template <typename Job>
+void measure(benchmark::State& state, const std::string& name, const Flight& flight, Job job)
+{
+    Best& best = sBest[name];
+    for (auto _ : state) {
+        state.PauseTiming();
+        removeCtgFiles(flight.directory);
+        state.ResumeTiming();
+        const double wall0 = wallSec();
+        const double cpu0 = cpuSec();
+        const long lines = job();
+        const double cpu = cpuSec() - cpu0;
+        const double wall = wallSec() - wall0;
+        if (lines <= 0) {
+            state.SkipWithError("the job failed");
+            return;
+        }
+        best.wallSec = std::min(best.wallSec, wall);
+        best.cpuSec = std::min(best.cpuSec, cpu);
+        best.lines = lines;
+        best.stageCpuSec = std::min(best.stageCpuSec, sLastStageCpuSec);
+        state.counters["cpuNsPerLine"] = 1e9 * cpu / double(lines);
+        state.counters["ctgStageCpuNsPerLine"] = 1e9 * sLastStageCpuSec / double(lines);
+    }
+}
+
+// Takes the CPU time of the CTG stage from the progress calls around it.
+class StageClock : public util::ProgressInterface {
+public:
+    void beginTask(const std::string& name) override
+    {
+        if (name == "Writing CTG files")
+            m_startSec = cpuSec();
+    }
+    void setRange(long long, long long) override {}
+    void report(long long) override {}
+    void endTask() override
+    {
+        if (m_startSec >= 0.0)
+            m_stageSec = cpuSec() - m_startSec;
+        m_startSec = -1.0;
+    }
+    double stageSec() const { return m_stageSec; }
+
+private:
+    double m_startSec = -1.0;
+    double m_stageSec = 0.0;
+};
+
+long prepare(const Flight& flight)
+{
+    datamodel::SessionPreparation::Options options;
+    StageClock clock;
+    const datamodel::PreparationReport report =
+        datamodel::SessionPreparation(options).run(flight.directory.toStdString(), &clock);
+    sLastStageCpuSec = clock.stageSec();
+    if (report.hasErrors()) {
+        for (const auto& message : report.messages)
+            std::fprintf(stderr, "%s: %s\n", message.subject.c_str(), message.text.c_str());
+        return -1;
+    }
+    long lines = 0;
+    for (const auto& take : report.takes)
+        for (const auto& band : take.bands)
+            lines += long(band.lines.value_or(0));
+    return lines;
+}
+
+void BM_FloorRealistic(benchmark::State& state)
+{
+    const Flight& flight = flights().realistic();
+    measure(state, "floor", flight, [&] {
+        sLastStageCpuSec = 0.0;
+        return ctg_floor_run(flight.directory.toLocal8Bit().constData(), flight.tmFile.c_str());
+    });
+}
+
+void BM_PrepareRealistic(benchmark::State& state)
+{
+    const Flight& flight = flights().realistic();
+    measure(state, "prepare", flight, [&] { return prepare(flight); });
+}
+
+void BM_PrepareLinesPerTake(benchmark::State& state)
+{
+    const Flight& flight = flights().withLines(int(state.range(0)));
+    measure(state, "prepare/" + std::to_string(state.range(0)), flight, [&] { return prepare(flight); });
+}
+
+BENCHMARK(BM_FloorRealistic)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->Iterations(5);
+BENCHMARK(BM_PrepareRealistic)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->Iterations(5);
+BENCHMARK(BM_PrepareLinesPerTake)
+    ->Arg(30000)->Arg(60000)->Arg(120000)
+    ->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->Iterations(5);
+
+void printSummary()
+{
+    const auto floor = sBest.find("floor");
+    const auto prepared = sBest.find("prepare");
+    std::printf("\nBest of the iterations (wall / CPU = user + system):\n");
+    for (const auto& [name, best] : sBest)
+        std::printf("  %-16s %8.1f ms wall %8.1f ms CPU  %6.1f ns CPU per scan line (CTG stage alone %4.1f)\n",
+                    name.c_str(), 1e3 * best.wallSec, 1e3 * best.cpuSec,
+                    1e9 * best.cpuSec / double(std::max(1L, best.lines)),
+                    1e9 * best.stageCpuSec / double(std::max(1L, best.lines)));
+    if (floor != sBest.end() && prepared != sBest.end())
+        std::printf("prepare / floor: wall %.2fx (target 1.5x), CPU %.2fx (target 2x)\n",
+                    prepared->second.wallSec / floor->second.wallSec, prepared->second.cpuSec / floor->second.cpuSec);
+    // The CTG stage of flights that differ only in their lines per take:
+    // its CPU time is a cost per band (opening, syncing and renaming files)
+    // plus a cost per scan line, which is the slope from one flight to the
+    // next. Much of it is system time of writing back and syncing, which
+    // the kernel shares between the process and its flusher threads as the
+    // amount of dirty data pleases it, so the slopes are noisy.
+    std::vector<std::pair<long, double>> stages;
+    for (const auto& [name, best] : sBest)
+        if (name.rfind("prepare/", 0) == 0)
+            stages.emplace_back(best.lines, best.stageCpuSec);
+    std::sort(stages.begin(), stages.end());
+    std::vector<double> slopes;
+    for (std::size_t i = 1; i < stages.size(); ++i) {
+        const double slope = (stages[i].second - stages[i - 1].second) / double(stages[i].first - stages[i - 1].first);
+        slopes.push_back(slope);
+        std::printf("CTG stage CPU per added scan line from %ld to %ld lines: %.2f ns\n", stages[i - 1].first,
+                    stages[i].first, 1e9 * slope);
+    }
+    if (slopes.size() >= 2) {
+        const auto [low, high] = std::minmax_element(slopes.begin(), slopes.end());
+        std::printf("CPU per scan line from 30 000 to 120 000 lines per take varies by %.0f %% (target 15 %%)\n",
+                    100.0 * (*high / *low - 1.0));
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    printSummary();
+    return 0;
+}
