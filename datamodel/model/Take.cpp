@@ -462,8 +462,8 @@ void Take::writeStpFile()
     const QFileInfo file(QString::fromStdString(path));
     if (!file.absoluteDir().exists())
         throw std::runtime_error("No such path: " + file.absolutePath().toStdString());
-    if (!util::XmlWriter::save(document, file.absoluteFilePath()))
-        throw std::runtime_error("Couldn't open file \"" + path + "\".");
+    util::XmlWriter::save(document, file.absoluteFilePath().toStdString(), "strip file",
+                          "Couldn't open file \"" + path + "\".");
 }
 
 void Take::deleteStpFile()

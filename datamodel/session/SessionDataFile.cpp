@@ -75,8 +75,8 @@ void SessionDataFile::save(const QString& sessionPath, const QString& pattern)
         else
             holder.appendChild(document.createTextNode(pattern));
     }
-    if (!util::XmlWriter::save(document, path(sessionPath)))
-        throw std::runtime_error("Could not open file sessionData.xml for writting");
+    util::XmlWriter::save(document, path(sessionPath).toStdString(), "session data file",
+                          "Could not open file sessionData.xml for writting");
 }
 
 } // namespace datamodel

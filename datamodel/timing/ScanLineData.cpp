@@ -1,7 +1,8 @@
 #include <datamodel/timing/ScanLineData.h>
 
+#include <platform/util/AtomicFile.h>
+
 #include <QFile>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <cmath>
@@ -91,12 +92,8 @@ void ScanLineData::write(const std::string& path)
         lastWritten = value;
     }
 
-    QSaveFile file(QString::fromStdString(path));
-    if (!file.open(QIODevice::WriteOnly))
-        throw std::runtime_error("Can't open file for writing: " + path);
-    if (file.write(reinterpret_cast<const char*>(bytes.data()), qint64(bytes.size())) != qint64(bytes.size())
-        || !file.commit())
-        throw std::runtime_error("Can't open file for writing: " + path);
+    util::AtomicFile::writeWhole(path, "scan-line data file", bytes.data(), bytes.size(),
+                                 "Can't open file for writing: " + path);
     m_fileName = path;
 }
 

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -61,6 +62,11 @@ void AtomicFile::fail(FileWriteError::Step step, int errorNumber)
 void AtomicFile::open()
 {
     discard();
+    // A folder in the target's place could never be replaced: refuse it now,
+    // as opening it for writing would.
+    struct stat target {};
+    if (::stat(m_path.c_str(), &target) == 0 && S_ISDIR(target.st_mode))
+        fail(FileWriteError::Step::Open, EISDIR);
     const std::string folder = folderOf(m_path);
     const std::string name = nameOf(m_path);
     for (int attempt = 0; attempt < 100; ++attempt) {
@@ -201,10 +207,17 @@ void AtomicFile::discard() noexcept
     }
 }
 
-void AtomicFile::writeWhole(const std::string& path, const std::string& what, const void* data, std::size_t bytes)
+void AtomicFile::writeWhole(const std::string& path, const std::string& what, const void* data, std::size_t bytes,
+                            const std::string& openFailure)
 {
     AtomicFile file(path, what);
-    file.open();
+    try {
+        file.open();
+    } catch (const FileWriteError&) {
+        if (openFailure.empty())
+            throw;
+        std::throw_with_nested(std::runtime_error(openFailure));
+    }
     file.write(data, bytes);
     file.commit();
 }

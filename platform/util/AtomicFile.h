@@ -67,8 +67,11 @@ public:
     const std::string& path() const { return m_path; }
     const std::string& temporaryPath() const { return m_temporary; }
 
-    /// Writes `bytes` to `path` whole or not at all, as above.
-    static void writeWhole(const std::string& path, const std::string& what, const void* data, std::size_t bytes);
+    /// Writes `bytes` to `path` whole or not at all, as above. With an
+    /// `openFailure` text, a file that cannot be created throws
+    /// std::runtime_error with that text instead, the FileWriteError nested.
+    static void writeWhole(const std::string& path, const std::string& what, const void* data, std::size_t bytes,
+                           const std::string& openFailure = {});
 
 private:
     [[noreturn]] void fail(FileWriteError::Step step, int errorNumber);

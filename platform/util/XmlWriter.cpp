@@ -1,9 +1,10 @@
 #include <platform/util/XmlWriter.h>
 
+#include <platform/util/AtomicFile.h>
+
 #include <QDomDocument>
 #include <QDomElement>
 #include <QDomNamedNodeMap>
-#include <QSaveFile>
 #include <QXmlStreamWriter>
 
 #include <algorithm>
@@ -69,15 +70,11 @@ QByteArray XmlWriter::toBytes(const QDomDocument& document)
     return bytes;
 }
 
-bool XmlWriter::save(const QDomDocument& document, const QString& path)
+void XmlWriter::save(const QDomDocument& document, const std::string& path, const std::string& what,
+                     const std::string& openFailure)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
     const QByteArray bytes = toBytes(document);
-    if (file.write(bytes) != bytes.size())
-        return false;
-    return file.commit();
+    AtomicFile::writeWhole(path, what, bytes.constData(), std::size_t(bytes.size()), openFailure);
 }
 
 } // namespace util

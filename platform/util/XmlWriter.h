@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+
+#include <string>
 #include <QString>
 
 class QDomDocument;
@@ -14,10 +16,13 @@ namespace util {
 class XmlWriter {
 public:
     static QByteArray toBytes(const QDomDocument& document);
-    /// Writes the document to `path` whole or not at all (temporary file
-    /// beside it, then rename). Returns false, leaving any earlier file
-    /// untouched, when the file cannot be written.
-    static bool save(const QDomDocument& document, const QString& path);
+    /// Writes the document to `path` whole or not at all (util::AtomicFile).
+    /// When the file cannot be created, throws std::runtime_error
+    /// `openFailure` with the system's reason nested; a later failure throws
+    /// util::FileWriteError "Can't write " + what + ": " + path + " (" +
+    /// reason + ")". Either way an earlier file stays as it was.
+    static void save(const QDomDocument& document, const std::string& path, const std::string& what,
+                     const std::string& openFailure);
 };
 
 } // namespace util

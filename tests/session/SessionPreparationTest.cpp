@@ -24,6 +24,7 @@
 #include <QTemporaryDir>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <stdexcept>
@@ -244,9 +245,8 @@ TEST(AtomicFile, CommitsWholeFilesOrLeavesTheTargetAsItWas)
     const std::string kept = dir.filePath(QStringLiteral("kept")).toStdString();
     util::AtomicFile::writeWhole(kept, "test file", "old", 3);
 
-    // Three files committed together; the one whose target is a folder fails
-    // alone and leaves no temporary file.
-    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("folder")));
+    // Three files committed together; the one whose target became a folder
+    // fails alone and leaves no temporary file.
     std::vector<std::unique_ptr<util::AtomicFile>> files;
     for (const char* name : {"a", "folder", "kept"}) {
         files.push_back(std::make_unique<util::AtomicFile>(dir.filePath(QString::fromLatin1(name)).toStdString(),
@@ -254,6 +254,7 @@ TEST(AtomicFile, CommitsWholeFilesOrLeavesTheTargetAsItWas)
         files.back()->open();
         files.back()->write("new", 3);
     }
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("folder")));
     std::vector<util::AtomicFile*> pointers{files[0].get(), files[1].get(), files[2].get()};
     const auto failures = util::AtomicFile::commitAll(pointers);
     EXPECT_FALSE(failures[0]);
@@ -281,6 +282,16 @@ TEST(AtomicFile, CommitsWholeFilesOrLeavesTheTargetAsItWas)
     EXPECT_EQ(file.readAll(), QByteArray("new"));
     EXPECT_THROW(util::AtomicFile::writeWhole(dir.filePath(QStringLiteral("no/such/x")).toStdString(), "test file", "x", 1),
                  util::FileWriteError);
+    EXPECT_EQ(std::string(std::invoke([&] {
+                  try {
+                      util::AtomicFile::writeWhole(dir.filePath(QStringLiteral("folder")).toStdString(), "test file",
+                                                   "x", 1, "Couldn't open it.");
+                  } catch (const std::runtime_error& e) {
+                      return e.what();
+                  }
+                  return "";
+              })),
+              "Couldn't open it.");
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
 }
 
