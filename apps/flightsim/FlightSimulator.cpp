@@ -23,22 +23,28 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QHashSeed>
 #include <QJsonArray>
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
-#include <condition_variable>
-#include <exception>
-#include <mutex>
-#include <optional>
-#include <thread>
 #include <cmath>
+#include <condition_variable>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <mutex>
 #include <numbers>
+#include <optional>
 #include <stdexcept>
+#include <thread>
+
+#include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace flightsim {
 
@@ -46,7 +52,61 @@ namespace {
 
 constexpr const char* sVersion = "1.0";
 
-// A hidden folder beside the target, removed again unless released.
+// Set by SIGINT and SIGTERM while a simulation runs.
+volatile std::sig_atomic_t sInterrupted = 0;
+
+extern "C" void onInterrupt(int signal)
+{
+    sInterrupted = signal;
+}
+
+// Throws when the run was interrupted; the staging folder is then removed
+// on the way out and the signal raised again.
+void checkInterrupted()
+{
+    if (sInterrupted)
+        throw std::runtime_error("Interrupted");
+}
+
+// Catches SIGINT and SIGTERM for the length of a run, so that an interrupted
+// run can remove its working folder, and restores the handlers before.
+class InterruptGuard {
+public:
+    InterruptGuard()
+    {
+        sInterrupted = 0;
+        struct sigaction action {};
+        action.sa_handler = onInterrupt;
+        sigemptyset(&action.sa_mask);
+        // A signal the process ignores (SIGINT of a background job) stays ignored.
+        sigaction(SIGINT, nullptr, &m_previousInt);
+        sigaction(SIGTERM, nullptr, &m_previousTerm);
+        if (m_previousInt.sa_handler != SIG_IGN)
+            sigaction(SIGINT, &action, nullptr);
+        if (m_previousTerm.sa_handler != SIG_IGN)
+            sigaction(SIGTERM, &action, nullptr);
+    }
+    ~InterruptGuard()
+    {
+        sigaction(SIGINT, &m_previousInt, nullptr);
+        sigaction(SIGTERM, &m_previousTerm, nullptr);
+        // Delivered again now that the working folder is gone.
+        if (const int signal = sInterrupted) {
+            sInterrupted = 0;
+            std::raise(signal);
+        }
+    }
+    InterruptGuard(const InterruptGuard&) = delete;
+    InterruptGuard& operator=(const InterruptGuard&) = delete;
+
+private:
+    struct sigaction m_previousInt {};
+    struct sigaction m_previousTerm {};
+};
+
+// A hidden folder beside the target, ".<name>.flightsim-<pid>-XXXXXX",
+// removed again unless released. Folders of this kind left by a process that
+// no longer runs (killed outright) are removed first.
 class StagingFolder {
 public:
     explicit StagingFolder(const QFileInfo& target)
@@ -54,8 +114,10 @@ public:
         const QString parent = target.absolutePath();
         if (!QDir().mkpath(parent))
             throw std::runtime_error("Failed to create: " + parent.toStdString());
-        QByteArray pattern = QFile::encodeName(parent + QStringLiteral("/.") + target.fileName()
-                                               + QStringLiteral(".flightsim-XXXXXX"));
+        const QString prefix = QStringLiteral(".") + target.fileName() + QStringLiteral(".flightsim-");
+        removeStale(parent, prefix);
+        QByteArray pattern = QFile::encodeName(parent + QLatin1Char('/') + prefix
+                                               + QString::number(::getpid()) + QStringLiteral("-XXXXXX"));
         if (!::mkdtemp(pattern.data()))
             throw std::runtime_error("Failed to create a working folder in: " + parent.toStdString());
         m_path = QFile::decodeName(pattern);
@@ -78,6 +140,18 @@ public:
     }
 
 private:
+    static void removeStale(const QString& parent, const QString& prefix)
+    {
+        const QStringList found = QDir(parent).entryList({prefix + QLatin1Char('*')},
+                                                         QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot);
+        for (const QString& name : found) {
+            bool isNumber = false;
+            const qint64 pid = name.mid(prefix.size()).section(QLatin1Char('-'), 0, 0).toLongLong(&isNumber);
+            if (isNumber && pid > 0 && ::kill(pid_t(pid), 0) != 0 && errno == ESRCH)
+                QDir(parent + QLatin1Char('/') + name).removeRecursively();
+        }
+    }
+
     QString m_path;
 };
 
@@ -91,7 +165,11 @@ public:
         m_min = min;
         m_max = max;
     }
-    void report(long long value) override { m_done.store(m_finishedUnits + (value - m_min)); }
+    void report(long long value) override
+    {
+        checkInterrupted();
+        m_done.store(m_finishedUnits + (value - m_min));
+    }
     void endTask() override
     {
         m_finishedUnits += m_max - m_min;
@@ -264,6 +342,10 @@ SimulationReport FlightSimulator::run(const QString& directory, util::ProgressIn
     if (clock.ctAt(plan.durationSec()) >= GpsTime::sSecondsPerWeek)
         throw ConfigError("the camera clock would pass 604800 s during the flight; lower --ct-offset");
 
+    // QDom keeps attributes in a hash: a fixed seed makes the XML files of
+    // the same configuration the same bytes on every run.
+    QHashSeed::setDeterministicGlobalSeed();
+    InterruptGuard interrupts;
     StagingFolder staging(target);
     const SessionLayout layout(staging.path(), sessionId);
     layout.create();
@@ -342,6 +424,7 @@ SimulationReport FlightSimulator::run(const QString& directory, util::ProgressIn
         const BandWriter bandWriter(config, plan, plane, camera, clock, start, layout);
         long long bandsDone = 0;
         for (const TakeWindow* take : recorded) {
+            checkInterrupted();
             QJsonObject json = bandWriter.writeTake(*take, faults);
             (take->dark ? darkJson : takesJson).append(json);
             bandsDone += (long long)take->lines * (long long)camera.bands().size();
@@ -361,6 +444,7 @@ SimulationReport FlightSimulator::run(const QString& directory, util::ProgressIn
         while (!workerProgress.waitFinished(std::chrono::milliseconds(100)))
             task.report(workerProgress.done() + bandsDone);
         worker.join();
+        checkInterrupted();
         endPhase("waiting for the trajectory");
     }
     if (workerError)
