@@ -1,248 +1,195 @@
 #include "PrepareCommand.h"
 
-#include "Fields.h"
-
-#include <datamodel/model/L0Image.h>
-#include <datamodel/model/Sensor.h>
-#include <datamodel/model/Take.h>
-#include <datamodel/session/RecordingSession.h>
-#include <datamodel/timing/CameraTime.h>
-#include <datamodel/timing/TmFile.h>
-#include <datamodel/trajectory/ImuTrajectory.h>
+#include "Output.h"
+#include "PreparationFields.h"
+#include "TrajectoryFields.h"
 
 #include <platform/util/TerminalProgress.h>
 
-#include <QJsonArray>
-#include <QJsonDocument>
-
 #include <cstdio>
-#include <exception>
-#include <memory>
-#include <vector>
+#include <optional>
+#include <string>
 
 namespace dataprep {
 
 namespace {
 
-struct TrajectoryInfo {
-    std::string name;
-    std::unique_ptr<datamodel::ImuTrajectory> trajectory;
-    std::string error;
-};
+const QString sTakeOption = QStringLiteral("take");
 
-std::string reason(const std::exception& error)
+std::string joined(const std::vector<std::string>& values, const char* none)
 {
-    std::string text = error.what();
-    try {
-        std::rethrow_if_nested(error);
-    } catch (const std::exception& inner) {
-        text += ": " + reason(inner);
-    } catch (...) {
-    }
+    if (values.empty())
+        return none;
+    std::string text;
+    for (const std::string& value : values)
+        text += (text.empty() ? "" : ", ") + value;
     return text;
+}
+
+std::string plural(std::size_t count, const char* singular, const char* pluralText)
+{
+    return std::to_string(count) + " " + (count == 1 ? singular : pluralText);
+}
+
+void printTrajectory(const datamodel::TrajectorySummary& trajectory, int width)
+{
+    if (!trajectory.opened) {
+        std::printf("  %-*s  not opened: %s\n", width, trajectory.name.c_str(), trajectory.error.c_str());
+        return;
+    }
+    std::printf("  %-*s  %d records every %s, GPS %s to %s, %s\n", width, trajectory.name.c_str(), trajectory.records,
+                qPrintable(intervalText(trajectory.recordIntervalSec)), qPrintable(secondsText(trajectory.gpsStartSec, 4)),
+                qPrintable(secondsText(trajectory.gpsEndSec, 4)),
+                trajectory.hasStdDevs ? "with standard deviations" : "without standard deviations");
+}
+
+void printTake(const datamodel::TakePreparation& take)
+{
+    std::printf("  Take %s", take.name.c_str());
+    if (take.lineNumber)
+        std::printf(" (line %d)", *take.lineNumber);
+    std::printf("\n    GPS start   %s\n    GPS end     %s\n    Covered by  %s\n    Dark takes  %s\n",
+                qPrintable(secondsText(take.gpsStartSec)), qPrintable(secondsText(take.gpsEndSec)),
+                joined(take.coveredBy, "(no trajectory)").c_str(), joined(take.darkTakes, "none").c_str());
+    std::printf("    %-10s %8s  %-11s %s\n", "Band", "Lines", "CTG", "CTG file");
+    for (const datamodel::BandPreparation& band : take.bands) {
+        const std::string lines = band.lines ? std::to_string(*band.lines) : "-";
+        std::printf("    %-10s %8s  %-11s %s\n", band.band.c_str(), lines.c_str(), datamodel::toString(band.ctg),
+                    band.ctgFile.c_str());
+    }
+}
+
+void printProblemCount(const datamodel::PreparationReport& report)
+{
+    using Severity = datamodel::PreparationMessage::Severity;
+    const std::size_t errors = report.messageCount(Severity::Error);
+    const std::size_t warnings = report.messageCount(Severity::Warning);
+    if (errors + warnings == 0)
+        std::printf("Problems     none\n");
+    else
+        std::printf("Problems     %s, %s (on stderr)\n", plural(errors, "error", "errors").c_str(),
+                    plural(warnings, "warning", "warnings").c_str());
 }
 
 } // namespace
 
-const char* PrepareCommand::usage() const
+datamodel::PreparationReport prepareSession(const QString& directory,
+                                            const datamodel::SessionPreparation::Options& options, bool json)
 {
-    return "Usage: dataprep prepare <session-dir> [--json]\n"
-           "\n"
-           "Prepares a recording session for triangulation:\n"
-           "  - finds its takes (strip files, flight data or band .info files), bands,\n"
-           "    time-mark file and GNSS/IMU trajectories;\n"
-           "  - writes every missing CTG file (the GPS time of every scan line);\n"
-           "  - reports each take's GPS time range and which trajectories cover it.\n"
-           "\n"
-           "Exit code 1 when something needed is missing: no takes, no time-mark file,\n"
-           "a CTG file that cannot be written, or a take that no trajectory covers.\n"
-           "\n"
-           "Options:\n"
-           "  --json   print the report as JSON\n";
+    // A progress bar only for people at a terminal (TerminalProgress checks).
+    std::optional<util::TerminalProgress> progress;
+    if (!json)
+        progress.emplace();
+    return datamodel::SessionPreparation(options).run(directory.toStdString(), progress ? &*progress : nullptr);
 }
 
-int PrepareCommand::run(const QStringList& arguments)
+Fields preparationFields(const datamodel::PreparationReport& report)
 {
-    QString directory;
-    bool json = false;
-    for (const QString& argument : arguments) {
-        if (argument == QLatin1String("--json"))
-            json = true;
-        else if (argument.startsWith(QLatin1String("--")))
-            throw UsageError{"unknown option " + argument.toStdString()};
-        else if (directory.isEmpty())
-            directory = argument;
-        else
-            throw UsageError{"more than one directory given"};
-    }
-    if (directory.isEmpty())
-        throw UsageError{"no session directory given"};
-    return prepareSession(directory, json);
+    std::vector<Fields> trajectories;
+    for (const datamodel::TrajectorySummary& trajectory : report.trajectories)
+        trajectories.push_back(trajectorySummaryFields(trajectory));
+    std::vector<Fields> takes;
+    for (const datamodel::TakePreparation& take : report.takes)
+        takes.push_back(takeFields(take, true));
+    Fields fields;
+    fields.add(QStringLiteral("sessionDirectory"), textOrNull(report.sessionDirectory));
+    fields.add(QStringLiteral("sessionName"), textOrNull(report.sessionName));
+    fields.add(QStringLiteral("sensor"), QString(),
+               report.sensor ? std::optional<Fields>(sensorFields(*report.sensor)) : std::nullopt);
+    fields.add(QStringLiteral("timeMarks"), QString(),
+               report.timeMarks ? std::optional<Fields>(timeMarksFields(*report.timeMarks)) : std::nullopt);
+    fields.add(QStringLiteral("trajectories"), QString(), std::move(trajectories));
+    fields.add(QStringLiteral("takes"), QString(), std::move(takes));
+    fields.add(QStringLiteral("ctgFiles"), QString(), ctgCountFields(report));
+    return fields;
 }
 
-int prepareSession(const QString& directory, bool json)
+void printPreparation(const datamodel::PreparationReport& report)
 {
-    datamodel::RecordingSession session(directory.toStdString());
-    std::vector<std::string> problems;
-    util::TerminalProgress progress;
-
-    const std::vector<datamodel::Take*> takes = session.takes();
-    if (takes.empty())
-        problems.push_back("No takes in " + session.directory());
-
-    Fields report;
-    report.add(QStringLiteral("session"), session.directory());
-    report.add(QStringLiteral("name"), session.name());
-    try {
-        const datamodel::Sensor& sensor = session.sensor();
-        Fields camera;
-        camera.add(QStringLiteral("id"), sensor.id());
-        camera.add(QStringLiteral("type"), sensor.type());
-        camera.add(QStringLiteral("calibrationVersion"), sensor.calibrationVersion());
-        camera.add(QStringLiteral("cameraFile"), sensor.cameraFile());
-        report.add(QStringLiteral("sensor"), std::move(camera));
-    } catch (const std::exception& e) {
-        problems.push_back(reason(e));
+    using datamodel::CtgStatus;
+    if (report.sessionDirectory.empty()) {
+        // The folder could not be opened as a session: only the reasons.
+        std::printf("Session      %s (not opened)\n", report.input.c_str());
+        printProblemCount(report);
+        printMessages(report.messages);
+        return;
     }
-
-    // The time-mark file converts camera times to GPS times.
-    bool haveMarks = false;
-    try {
-        const datamodel::TmFile& marks = session.tmFile();
-        Fields tm;
-        tm.add(QStringLiteral("file"), marks.name());
-        tm.add(QStringLiteral("records"), marks.numLoadedSets());
-        tm.add(QStringLiteral("gpsRollover"), marks.hasGpsRollover());
-        report.add(QStringLiteral("timeMarks"), std::move(tm));
-        haveMarks = true;
-    } catch (const std::exception& e) {
-        problems.push_back(reason(e));
-    }
-
-    // Trajectories, opened once for the coverage checks.
-    std::vector<TrajectoryInfo> trajectories;
-    try {
-        for (const auto* id : session.imuTrajectories()) {
-            TrajectoryInfo info;
-            info.name = id->name();
-            try {
-                info.trajectory = session.createImuTrajectory(*id);
-            } catch (const std::exception& e) {
-                info.error = reason(e);
-            }
-            trajectories.push_back(std::move(info));
-        }
-    } catch (const std::exception& e) {
-        problems.push_back(reason(e));
-    }
-    std::vector<Fields> trajectoryFields;
-    for (const TrajectoryInfo& info : trajectories) {
-        Fields item;
-        item.add(QStringLiteral("file"), info.name);
-        if (info.trajectory) {
-            item.add(QStringLiteral("records"), info.trajectory->numSets());
-            item.add(QStringLiteral("frequency"), info.trajectory->frequency(),
-                     QString::number(info.trajectory->frequency(), 'g', 6) + QStringLiteral(" s"));
-            item.add(QStringLiteral("hasStdDevs"), info.trajectory->hasStdDevs());
-        } else {
-            item.add(QStringLiteral("error"), info.error);
-        }
-        trajectoryFields.push_back(std::move(item));
-    }
-    if (trajectories.empty())
-        problems.push_back("Cannot find any IMU trajectories (SBET or SOL files).");
-    report.add(QStringLiteral("trajectories"), std::move(trajectoryFields));
-
-    // CTG files of every band, then each take's time range and coverage.
-    std::size_t bands = 0;
-    for (const datamodel::Take* take : takes)
-        bands += take->imagesL0().size();
-    int written = 0;
-    int present = 0;
-    std::vector<Fields> takeFields;
-    {
-        util::ProgressTask task(&progress, "Writing CTG files", 0, static_cast<long long>(bands));
-        long long done = 0;
-        for (datamodel::Take* take : takes) {
-            Fields item;
-            item.add(QStringLiteral("name"), take->name());
-            item.add(QStringLiteral("lineNumber"), take->lineNumber() == datamodel::Take::sUnsetLineNumber
-                                                       ? QJsonValue()
-                                                       : QJsonValue(qint64(take->lineNumber())));
-            QJsonArray bandNames;
-            for (const std::string& band : take->availableBands())
-                bandNames.append(QString::fromStdString(band));
-            item.add(QStringLiteral("bands"), bandNames,
-                     QString::fromStdString(std::to_string(bandNames.size())) + QStringLiteral(" bands"));
-            QJsonArray darkNames;
-            for (const datamodel::Take* dark : take->darkTakes())
-                darkNames.append(QString::fromStdString(dark->name()));
-            item.add(QStringLiteral("darkTakes"), darkNames,
-                     darkNames.isEmpty() ? QStringLiteral("-") : darkNames.first().toString());
-
-            for (datamodel::L0Image* image : take->imagesL0()) {
-                if (haveMarks) {
-                    try {
-                        datamodel::CameraTime& times = image->cameraTime();
-                        if (times.ctgFileCreated()) {
-                            ++present;
-                        } else {
-                            times.createFromCtTmFiles();
-                            ++written;
-                        }
-                    } catch (const std::exception& e) {
-                        problems.push_back("CTG file of " + take->name() + " " + image->bandName() + ": " + reason(e));
-                    }
-                    image->uncache(); // one band's times in memory at a time
-                }
-                task.report(++done);
-            }
-
-            double minSec = 0.0;
-            double maxSec = 0.0;
-            try {
-                take->minMaxGpsTimes(minSec, maxSec);
-                item.add(QStringLiteral("gpsStart"), minSec, QString::number(minSec, 'f', 6) + QStringLiteral(" s"));
-                item.add(QStringLiteral("gpsEnd"), maxSec, QString::number(maxSec, 'f', 6) + QStringLiteral(" s"));
-                QJsonArray covering;
-                for (const TrajectoryInfo& info : trajectories) {
-                    if (info.trajectory && info.trajectory->containsGpsTime(datamodel::seconds(minSec))
-                        && info.trajectory->containsGpsTime(datamodel::seconds(maxSec)))
-                        covering.append(QString::fromStdString(info.name));
-                }
-                QStringList coveringText;
-                for (const auto& value : covering)
-                    coveringText << value.toString();
-                item.add(QStringLiteral("coveredBy"), covering,
-                         coveringText.isEmpty() ? QStringLiteral("(no trajectory)") : coveringText.join(QStringLiteral(", ")));
-                if (covering.isEmpty() && !trajectories.empty())
-                    problems.push_back("No trajectory covers take " + take->name());
-            } catch (const std::exception& e) {
-                problems.push_back(take->name() + ": " + reason(e));
-            }
-            takeFields.push_back(std::move(item));
-            for (datamodel::L0Image* image : take->imagesL0())
-                image->uncache();
-        }
-    }
-    Fields ctg;
-    ctg.add(QStringLiteral("written"), written);
-    ctg.add(QStringLiteral("present"), present);
-    report.add(QStringLiteral("ctgFiles"), std::move(ctg));
-    report.add(QStringLiteral("takes"), std::move(takeFields));
-    QJsonArray problemList;
-    for (const std::string& problem : problems)
-        problemList.append(QString::fromStdString(problem));
-    report.add(QStringLiteral("problems"), problemList,
-               problems.empty() ? QStringLiteral("none") : QString::number(problems.size()));
-
-    if (json)
-        std::printf("%s", QJsonDocument(report.toJson()).toJson(QJsonDocument::Indented).constData());
+    std::printf("Session      %s", report.sessionDirectory.c_str());
+    if (!report.sessionName.empty())
+        std::printf(" (%s)", report.sessionName.c_str());
+    std::printf("\n");
+    if (report.sensor)
+        std::printf("Sensor       %s %s, calibration version %d\nCamera file  %s\n", report.sensor->type.c_str(),
+                    report.sensor->id.c_str(), report.sensor->calibrationVersion, report.sensor->cameraFile.c_str());
     else
-        report.print();
-    for (const std::string& problem : problems)
-        std::fprintf(stderr, "error: %s\n", problem.c_str());
-    return problems.empty() ? 0 : 1;
+        std::printf("Sensor       -\n");
+    if (report.timeMarks)
+        std::printf("Time marks   %s (%d marks, %s)\n", report.timeMarks->file.c_str(), report.timeMarks->records,
+                    report.timeMarks->gpsRollover ? "across a GPS week rollover" : "no GPS week rollover");
+    else
+        std::printf("Time marks   -\n");
+
+    std::printf("\nTrajectories (%zu)\n", report.trajectories.size());
+    int width = 0;
+    for (const datamodel::TrajectorySummary& trajectory : report.trajectories)
+        width = std::max(width, int(trajectory.name.size()));
+    for (const datamodel::TrajectorySummary& trajectory : report.trajectories)
+        printTrajectory(trajectory, width);
+
+    std::printf("\nTakes (%zu)\n", report.takes.size());
+    for (const datamodel::TakePreparation& take : report.takes)
+        printTake(take);
+
+    std::printf("\nCTG files    %zu written, %zu present, %zu failed, %zu not checked\n",
+                report.ctgCount(CtgStatus::Written), report.ctgCount(CtgStatus::Present),
+                report.ctgCount(CtgStatus::Failed), report.ctgCount(CtgStatus::NotChecked));
+    printProblemCount(report);
+    printMessages(report.messages);
+}
+
+QString PrepareCommand::synopsis() const
+{
+    return QStringLiteral("<session-dir> [--take NAME]... [--json]");
+}
+
+QString PrepareCommand::description() const
+{
+    return QStringLiteral(
+        "Prepares a recording session for triangulation:\n"
+        "  - finds its sensor, takes (strip files, flight data or band .info files),\n"
+        "    bands, dark takes, time-mark file and GNSS/IMU trajectories;\n"
+        "  - writes every missing CTG file (the GPS time of every scan line) and\n"
+        "    checks those present;\n"
+        "  - reports each take's GPS time range and the trajectories that cover it.\n"
+        "\n"
+        "Errors and warnings are printed on stderr (\"error: <subject>: <text>\"), or\n"
+        "listed in \"messages\" with --json. Exit code 1 when there are errors: no\n"
+        "takes, no time-mark file, a CTG file that cannot be written, a take that no\n"
+        "trajectory covers, a --take that is not a take of the session.");
+}
+
+std::vector<Argument> PrepareCommand::arguments() const
+{
+    return {{QStringLiteral("session-dir"), QStringLiteral("The session folder (holding raw/, mm/ and gps-imu/).")}};
+}
+
+QList<QCommandLineOption> PrepareCommand::options() const
+{
+    return {QCommandLineOption(sTakeOption, QStringLiteral("Only this take (repeatable)."), QStringLiteral("NAME"))};
+}
+
+int PrepareCommand::run(const Invocation& invocation)
+{
+    const QString directory = invocation.arguments.first();
+    datamodel::SessionPreparation::Options options;
+    for (const QString& take : invocation.parser.values(sTakeOption))
+        options.takes.push_back(take.toStdString());
+    const datamodel::PreparationReport report = prepareSession(directory, options, invocation.json);
+    if (invocation.json)
+        printJson(name(), directory, preparationFields(report), report.messages);
+    else
+        printPreparation(report);
+    return report.hasErrors() ? 1 : 0;
 }
 
 } // namespace dataprep

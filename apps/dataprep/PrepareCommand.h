@@ -1,23 +1,36 @@
 #pragma once
 
 #include "Command.h"
+#include "Fields.h"
+
+#include <datamodel/session/PreparationReport.h>
+#include <datamodel/session/SessionPreparation.h>
 
 namespace dataprep {
 
-/// `dataprep prepare <session-dir> [--json]`: the data-preparation job. Opens
-/// the session, lists its takes, bands, time-mark file and trajectories,
-/// writes every missing CTG file, and reports each take's GPS time range and
-/// which trajectories cover it.
+/// `dataprep prepare <session-dir> [--take NAME]... [--json]`: the
+/// data-preparation job, a rendering of the library's session preparation
+/// (SessionPreparation): the session's sensor, time-mark file,
+/// trajectories, takes with their bands' CTG files, each take's GPS time
+/// range and the trajectories that cover it, and every finding.
 class PrepareCommand final : public Command {
 public:
     const char* name() const override { return "prepare"; }
     const char* summary() const override { return "prepare a recording session (CTG files, coverage)"; }
-    const char* usage() const override;
-    int run(const QStringList& arguments) override;
+    QString synopsis() const override;
+    QString description() const override;
+    std::vector<Argument> arguments() const override;
+    QList<QCommandLineOption> options() const override;
+    int run(const Invocation& invocation) override;
 };
 
-/// Runs the preparation on a session directory and prints its report;
-/// returns the exit code (0 when everything needed is there).
-int prepareSession(const QString& directory, bool json);
+/// Runs the session preparation on the folder `directory`, with a progress
+/// bar for people at a terminal unless `json` (prepare, ctg and demo).
+datamodel::PreparationReport prepareSession(const QString& directory,
+                                            const datamodel::SessionPreparation::Options& options, bool json);
+/// The JSON payload of a preparation report (prepare and demo).
+Fields preparationFields(const datamodel::PreparationReport& report);
+/// The report as text for people on stdout, its errors and warnings on stderr.
+void printPreparation(const datamodel::PreparationReport& report);
 
 } // namespace dataprep

@@ -1,6 +1,11 @@
 #pragma once
 
 #include "Command.h"
+#include "Fields.h"
+
+namespace flightsim {
+struct SimulationReport;
+}
 
 namespace dataprep {
 
@@ -10,8 +15,14 @@ class SimulateCommand final : public Command {
 public:
     const char* name() const override { return "simulate"; }
     const char* summary() const override { return "write a simulated flight into a session directory"; }
-    const char* usage() const override;
-    int run(const QStringList& arguments) override;
+    QString synopsis() const override;
+    QString description() const override;
+    std::vector<Argument> arguments() const override;
+    QList<QCommandLineOption> options() const override;
+    int run(const Invocation& invocation) override;
 };
+
+/// What a simulation wrote (the `simulation` object of simulate and demo).
+Fields simulationFields(const flightsim::SimulationReport& report);
 
 } // namespace dataprep

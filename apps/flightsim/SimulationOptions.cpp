@@ -176,71 +176,58 @@ const std::vector<Option>& options()
     return list;
 }
 
-const Option* findOption(const QString& name)
+} // namespace
+
+QList<QCommandLineOption> SimulationOptions::commandLineOptions()
 {
-    for (const Option& option : options())
-        if (name == QLatin1String(option.name))
-            return &option;
-    return nullptr;
+    QList<QCommandLineOption> list;
+    for (const Option& option : options()) {
+        if (option.valueName)
+            list << QCommandLineOption(QLatin1String(option.name), QLatin1String(option.help),
+                                       QLatin1String(option.valueName));
+        else
+            list << QCommandLineOption(QLatin1String(option.name), QLatin1String(option.help));
+    }
+    return list;
 }
 
-} // namespace
+SimulationConfig SimulationOptions::config(const QCommandLineParser& parser)
+{
+    SimulationConfig::Preset preset = SimulationConfig::Preset::Small;
+    if (parser.isSet(QStringLiteral("preset"))) {
+        const QString name = parser.value(QStringLiteral("preset"));
+        if (!SimulationConfig::presetFromName(name, preset))
+            throw ConfigError("unknown preset \"" + name.toStdString() + "\" (--preset); use tiny, small or realistic");
+    }
+    // The preset first, then every option given, repeated ones in the order given.
+    SimulationConfig config = SimulationConfig::preset(preset);
+    for (const Option& option : options()) {
+        const QString name = QLatin1String(option.name);
+        if (!option.apply || !parser.isSet(name))
+            continue;
+        if (option.valueName) {
+            for (const QString& value : parser.values(name))
+                option.apply(config, value);
+        } else {
+            option.apply(config, QString());
+        }
+    }
+    return config;
+}
 
 SimulationOptions::Parsed SimulationOptions::parse(const QStringList& arguments)
 {
-    struct Given {
-        const Option* option;
-        QString value;
-    };
-    std::vector<Given> given;
-    QStringList positional;
-    SimulationConfig::Preset preset = SimulationConfig::Preset::Small;
-
-    for (qsizetype i = 0; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        if (!argument.startsWith(QLatin1String("--"))) {
-            positional << argument;
-            continue;
-        }
-        QString name = argument.mid(2);
-        QString value;
-        bool hasValue = false;
-        if (const qsizetype equals = name.indexOf(QLatin1Char('=')); equals >= 0) {
-            value = name.mid(equals + 1);
-            name.truncate(equals);
-            hasValue = true;
-        }
-        const Option* option = findOption(name);
-        if (!option)
-            throw ConfigError("unknown option " + argument.toStdString());
-        if (option->valueName) {
-            if (!hasValue) {
-                if (i + 1 >= arguments.size())
-                    throw ConfigError("option --" + name.toStdString() + " needs a value ("
-                                      + option->valueName + ")");
-                value = arguments[++i];
-            }
-        } else if (hasValue) {
-            throw ConfigError("option --" + name.toStdString() + " takes no value");
-        }
-        if (name == QLatin1String("preset")) {
-            if (!SimulationConfig::presetFromName(value, preset))
-                throw ConfigError("unknown preset \"" + value.toStdString()
-                                  + "\" (--preset); use tiny, small or realistic");
-            continue;
-        }
-        given.push_back({option, value});
-    }
+    QCommandLineParser parser;
+    parser.addOptions(commandLineOptions());
+    if (!parser.parse(QStringList{QStringLiteral("flightsim")} + arguments))
+        throw ConfigError(parser.errorText().toStdString());
+    const QStringList positional = parser.positionalArguments();
     if (positional.isEmpty())
         throw ConfigError("no session directory given");
     if (positional.size() > 1)
         throw ConfigError("only one session directory may be given, got \"" + positional[0].toStdString()
                           + "\" and \"" + positional[1].toStdString() + "\"");
-
-    Parsed parsed{SimulationConfig::preset(preset), positional.front()};
-    for (const Given& entry : given)
-        entry.option->apply(parsed.config, entry.value);
-    return parsed;
+    return Parsed{config(parser), positional.front()};
 }
 
 QString SimulationOptions::help()
@@ -252,7 +239,12 @@ QString SimulationOptions::help()
             left += QLatin1Char(' ') + QLatin1String(option.valueName);
         text += QStringLiteral("  %1 %2\n").arg(left, -26).arg(QLatin1String(option.help));
     }
-    text += QStringLiteral("\nFaults (--fault NAME; per-take faults go to --fault-take):\n");
+    return text + QLatin1Char('\n') + faultHelp();
+}
+
+QString SimulationOptions::faultHelp()
+{
+    QString text = QStringLiteral("Faults (--fault NAME; per-take faults go to --fault-take):\n");
     for (Fault fault : FaultSet::all())
         text += QStringLiteral("  %1 %2\n").arg(FaultSet::name(fault), -26).arg(FaultSet::description(fault));
     return text;

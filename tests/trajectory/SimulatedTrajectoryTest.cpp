@@ -360,43 +360,45 @@ TEST(SimulatedTrajectory, DataprepInspectsAndInterpolatesTrajectoryFiles)
 
     const ProgramRun inspected = dataprep({QStringLiteral("inspect"), sbet, QStringLiteral("--json")});
     ASSERT_EQ(inspected.exitCode, 0);
-    const QJsonObject fields = json(inspected.out);
-    EXPECT_EQ(fields[QStringLiteral("kind")].toString(), QStringLiteral("SBET trajectory"));
+    const QJsonObject fields = json(inspected.out)[QStringLiteral("trajectory")].toObject();
+    EXPECT_EQ(fields[QStringLiteral("format")].toString(), QStringLiteral("SBET"));
     EXPECT_EQ(fields[QStringLiteral("records")].toInt(), 4001);
-    EXPECT_EQ(fields[QStringLiteral("startTime")].toDouble(), 604790.0);
-    EXPECT_NEAR(fields[QStringLiteral("endTime")].toDouble(), 10.0, 1e-9);
-    EXPECT_TRUE(fields[QStringLiteral("rollover")].toBool());
+    EXPECT_EQ(fields[QStringLiteral("gpsStartSec")].toDouble(), 604790.0);
+    EXPECT_NEAR(fields[QStringLiteral("gpsEndSec")].toDouble(), 10.0, 1e-9);
+    EXPECT_TRUE(fields[QStringLiteral("gpsRollover")].toBool());
     EXPECT_TRUE(fields[QStringLiteral("ordered")].toBool());
-    EXPECT_NEAR(fields[QStringLiteral("frequency")].toDouble(), 0.005, 1e-9);
+    EXPECT_NEAR(fields[QStringLiteral("recordIntervalSec")].toDouble(), 0.005, 1e-9);
     EXPECT_TRUE(fields[QStringLiteral("hasStdDevs")].toBool());
     EXPECT_EQ(fields[QStringLiteral("accuracyFile")].toString(), smrmsg);
 
-    const QJsonObject accuracy = json(dataprep({QStringLiteral("inspect"), smrmsg, QStringLiteral("--json")}).out);
-    EXPECT_EQ(accuracy[QStringLiteral("kind")].toString(), QStringLiteral("smrmsg accuracy"));
+    const QJsonObject accuracy =
+        json(dataprep({QStringLiteral("inspect"), smrmsg, QStringLiteral("--json")}).out)[QStringLiteral("trajectory")].toObject();
+    EXPECT_EQ(accuracy[QStringLiteral("format")].toString(), QStringLiteral("smrmsg"));
     EXPECT_EQ(accuracy[QStringLiteral("records")].toInt(), flight.trajectory()[QStringLiteral("accuracyRecords")].toInt());
-    const QJsonObject solFields = json(dataprep({QStringLiteral("inspect"), sol, QStringLiteral("--json")}).out);
-    EXPECT_EQ(solFields[QStringLiteral("kind")].toString(), QStringLiteral("SOL trajectory"));
+    const QJsonObject solFields =
+        json(dataprep({QStringLiteral("inspect"), sol, QStringLiteral("--json")}).out)[QStringLiteral("trajectory")].toObject();
+    EXPECT_EQ(solFields[QStringLiteral("format")].toString(), QStringLiteral("SOL"));
     EXPECT_EQ(solFields[QStringLiteral("recordBytes")].toInt(), 184);
-    EXPECT_TRUE(solFields[QStringLiteral("rollover")].toBool());
+    EXPECT_TRUE(solFields[QStringLiteral("gpsRollover")].toBool());
 
     const ProgramRun printed = dataprep({QStringLiteral("trajectory"), sbet, QStringLiteral("--at"), QStringLiteral("604799.9975"),
                                   QStringLiteral("5.0025"), QStringLiteral("--json")});
     ASSERT_EQ(printed.exitCode, 0) << printed.out.constData();
-    const QJsonArray records = json(printed.out)[QStringLiteral("at")].toArray();
+    const QJsonArray records = json(printed.out)[QStringLiteral("samples")].toArray();
     ASSERT_EQ(records.size(), 2);
     const ImuTrajectory trajectory(sbetPath(flight));
     for (int i = 0; i < 2; ++i) {
         const QJsonObject printedRecord = records[i].toObject();
-        const ImuRecord r = recordAt(trajectory, printedRecord[QStringLiteral("time")].toDouble());
-        EXPECT_EQ(printedRecord[QStringLiteral("latitude")].toDouble(), r.latitude);
-        EXPECT_EQ(printedRecord[QStringLiteral("heading")].toDouble(), r.heading);
-        EXPECT_EQ(printedRecord[QStringLiteral("stdDev")].toArray().at(1).toDouble(), double(r.stdDev()[1]));
+        const ImuRecord r = recordAt(trajectory, printedRecord[QStringLiteral("gpsSec")].toDouble());
+        EXPECT_EQ(printedRecord[QStringLiteral("latitudeRad")].toDouble(), r.latitude);
+        EXPECT_EQ(printedRecord[QStringLiteral("headingRad")].toDouble(), r.heading);
+        EXPECT_EQ(printedRecord[QStringLiteral("stdDev")][QStringLiteral("eastM")].toDouble(), double(r.stdDev()[1]));
     }
 
     const ProgramRun outside = dataprep({QStringLiteral("trajectory"), sol, QStringLiteral("--at"), QStringLiteral("20"),
                                   QStringLiteral("--json")});
     EXPECT_EQ(outside.exitCode, 1);
-    EXPECT_EQ(json(outside.out)[QStringLiteral("at")].toArray().at(0)[QStringLiteral("error")].toString(),
+    EXPECT_EQ(json(outside.out)[QStringLiteral("samples")].toArray().at(0)[QStringLiteral("error")].toString(),
               QStringLiteral("GPS time is out side of recording time for the trajectory."));
 }
 #endif

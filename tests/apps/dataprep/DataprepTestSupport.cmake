@@ -1,4 +1,4 @@
-# Helpers of the dataprep command tests (included by the *CommandTest.cmake scripts).
+# Helpers of the dataprep command tests (included by the *Test.cmake scripts).
 
 function(run expected_code)
     execute_process(COMMAND ${DATAPREP} ${ARGN} RESULT_VARIABLE code OUTPUT_VARIABLE out ERROR_VARIABLE err)
@@ -9,10 +9,19 @@ function(run expected_code)
     set(err "${err}" PARENT_SCOPE)
 endfunction()
 
-function(expect_json json expected)
-    string(JSON value GET "${out}" ${json})
-    if(NOT value STREQUAL expected)
-        message(FATAL_ERROR "${json} is ${value}, expected ${expected}:\n${out}")
+# The value at a JSON path of the last output.
+function(expect_json path expected)
+    string(JSON value ERROR_VARIABLE error GET "${out}" ${path})
+    if(error OR NOT value STREQUAL expected)
+        message(FATAL_ERROR "${path} is ${value}, expected ${expected} ${error}:\n${out}")
+    endif()
+endfunction()
+
+# The JSON type (NULL, NUMBER, STRING, BOOLEAN, ARRAY, OBJECT) at a path.
+function(expect_type path expected)
+    string(JSON type ERROR_VARIABLE error TYPE "${out}" ${path})
+    if(error OR NOT type STREQUAL expected)
+        message(FATAL_ERROR "${path} is ${type}, expected ${expected} ${error}:\n${out}")
     endif()
 endfunction()
 
