@@ -47,7 +47,7 @@ Fields trajectorySummaryFields(const datamodel::TrajectorySummary& trajectory)
     Fields fields;
     fields.add(QStringLiteral("name"), text(trajectory.name));
     fields.add(QStringLiteral("file"), textOrNull(trajectory.path));
-    fields.add(QStringLiteral("format"), QJsonValue()); // the session does not say which reader took the file
+    fields.add(QStringLiteral("format"), textOrNull(trajectory.format));
     fields.add(QStringLiteral("opened"), opened);
     fields.add(QStringLiteral("records"), opened ? QJsonValue(trajectory.records) : QJsonValue());
     fields.add(QStringLiteral("gpsStartSec"), number(trajectory.gpsStartSec));

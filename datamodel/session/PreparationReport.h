@@ -39,6 +39,8 @@ struct TrajectorySummary {
     /// File name as the session lists it, and the full path.
     std::string name;
     std::string path;
+    /// "SOL" or "SBET": the reader that took the file; empty when none did.
+    std::string format;
     /// Filled when the file could be opened; `error` says why not otherwise.
     bool opened = false;
     int records = 0;

@@ -8,6 +8,8 @@
 #include <datamodel/timing/TmFile.h>
 #include <datamodel/trajectory/ImuTrajectory.h>
 #include <datamodel/trajectory/PosFile.h>
+#include <datamodel/trajectory/SbetFile.h>
+#include <datamodel/trajectory/SolFile.h>
 
 #include <platform/util/ErrorText.h>
 #include <platform/util/ProgressInterface.h>
@@ -126,6 +128,10 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                 try {
                     std::unique_ptr<ImuTrajectory> trajectory = session->createImuTrajectory(*id);
                     summary.path = trajectory->fileName();
+                    if (dynamic_cast<const SolFile*>(trajectory->reader()))
+                        summary.format = "SOL";
+                    else if (dynamic_cast<const SbetFile*>(trajectory->reader()))
+                        summary.format = "SBET";
                     summary.opened = true;
                     summary.records = trajectory->numSets();
                     summary.recordIntervalSec = trajectory->frequency();
