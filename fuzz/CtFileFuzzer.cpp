@@ -5,7 +5,7 @@
 
 #include "FuzzSupport.h"
 
-#include <datamodel/timing/TimeAdaptor.h>
+#include <datamodel/timing/TimeAdaptor_p.h>
 
 #include <platform/raster/CtFile.h>
 

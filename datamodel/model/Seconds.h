@@ -1,33 +1,18 @@
 #pragma once
 
-// Time quantities of the library: a boost.units system `kavixunits` whose only
-// base unit is the second. Every time that crosses an interface of the timing
-// and trajectory code is a `datamodel::Seconds` (a double underneath).
+// Time quantities of the library: the seconds of the unit system
+// `kavixunits`, defined in the platform layer below the library
+// (platform/util/Seconds.h) and named here in the library's namespace. Every
+// time that crosses an interface of the timing and trajectory code is a
+// `datamodel::Seconds` (a double underneath).
 
-#include <boost/units/base_units/si/second.hpp>
-#include <boost/units/make_system.hpp>
-#include <boost/units/quantity.hpp>
-#include <boost/units/unit.hpp>
-
-namespace kavixunits {
-
-using system = boost::units::make_system<boost::units::si::second_base_unit>::type;
-using time = boost::units::unit<boost::units::time_dimension, system>;
-
-/// The unit constant: `2.5 * kavixunits::seconds` is two and a half seconds.
-inline constexpr time seconds{};
-
-} // namespace kavixunits
+#include <platform/util/Seconds.h>
 
 namespace datamodel {
 
-/// A time in seconds.
-using Seconds = boost::units::quantity<kavixunits::time>;
-
+/// A time in seconds (the same type as util::Seconds).
+using ::util::Seconds;
 /// Wraps a plain number of seconds.
-inline Seconds seconds(double valueSec)
-{
-    return Seconds::from_value(valueSec);
-}
+using ::util::seconds;
 
 } // namespace datamodel

@@ -15,7 +15,7 @@
 #include <datamodel/validation/ValidationTraverser.h>
 
 #include <platform/flightdata/Utility.h>
-#include <platform/util/XmlWriter.h>
+#include <platform/util/XmlWriter_p.h>
 
 #include <QDir>
 #include <QDomDocument>

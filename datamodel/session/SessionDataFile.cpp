@@ -2,7 +2,7 @@
 
 #include <platform/util/Installation.h>
 #include <platform/util/XmlValidator.h>
-#include <platform/util/XmlWriter.h>
+#include <platform/util/XmlWriter_p.h>
 
 #include <QDomDocument>
 #include <QDomElement>

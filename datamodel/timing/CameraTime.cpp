@@ -3,7 +3,7 @@
 #include <datamodel/model/L0Image.h>
 #include <datamodel/model/Take.h>
 #include <datamodel/session/RecordingSession.h>
-#include <datamodel/timing/TimeAdaptor.h>
+#include <datamodel/timing/TimeAdaptor_p.h>
 #include <datamodel/timing/TmFile.h>
 #include <datamodel/validation/ValidationTraverser.h>
 

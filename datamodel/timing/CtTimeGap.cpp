@@ -1,6 +1,6 @@
 #include <datamodel/timing/CtTimeGap.h>
 
-#include <datamodel/timing/TimeFormat.h>
+#include <datamodel/timing/TimeFormat_p.h>
 
 namespace datamodel {
 

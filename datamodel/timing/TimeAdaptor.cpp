@@ -1,4 +1,4 @@
-#include <datamodel/timing/TimeAdaptor.h>
+#include <datamodel/timing/TimeAdaptor_p.h>
 
 #include <datamodel/model/L0Image.h>
 

@@ -1,6 +1,6 @@
 #include <datamodel/timing/TmFile.h>
 
-#include <datamodel/timing/TimeFormat.h>
+#include <datamodel/timing/TimeFormat_p.h>
 
 #include <QFile>
 #include <QFileInfo>

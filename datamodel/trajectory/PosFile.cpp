@@ -1,4 +1,5 @@
 #include <datamodel/trajectory/PosFile.h>
+#include <datamodel/trajectory/PosFile_p.h>
 
 #include <datamodel/log/VNLLog.h>
 
@@ -450,6 +451,15 @@ void PosFile::readAttitudes(int first, int count, Attitude* out)
         out[k].roll = loadDouble(m_buffer.data() + m_layout.rollOffset);
         out[k].pitch = loadDouble(m_buffer.data() + m_layout.pitchOffset);
     }
+}
+
+double PosFile::linear(double y0, double y1, double x0, double x1, double x)
+{
+    if (x0 == x1 || x0 == x)
+        return y0;
+    if (x1 == x)
+        return y1;
+    return (x - x0) * (y1 - y0) / (x1 - x0) + y0;
 }
 
 double PosFile::linearInterpolateAngle(double x0, double a0, double x1, double a1, double x, bool radians)

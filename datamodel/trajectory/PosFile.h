@@ -6,9 +6,7 @@
 #include <QFile>
 
 #include <array>
-#include <cmath>
 #include <cstddef>
-#include <cstring>
 #include <string>
 #include <utility>
 #include <vector>
@@ -113,14 +111,7 @@ public:
     void readAttitudes(int first, int count, Attitude* out);
 
     /// y0 + (x - x0) (y1 - y0) / (x1 - x0): y0 when x0 = x1 or x0 = x, y1 when x1 = x.
-    static double linear(double y0, double y1, double x0, double x1, double x)
-    {
-        if (x0 == x1 || x0 == x)
-            return y0;
-        if (x1 == x)
-            return y1;
-        return (x - x0) * (y1 - y0) / (x1 - x0) + y0;
-    }
+    static double linear(double y0, double y1, double x0, double x1, double x);
     /// Interpolates the angle between (x0, a0) and (x1, a1) at x along the
     /// shorter way round (see UnwrapAngle) and returns it in (-h, h], h being
     /// pi (`radians`) or 180. Returns a0 or a1 unchanged when x is x0 or x1
@@ -141,6 +132,10 @@ public:
     static constexpr double sSecondsPerWeek = 604800.0;
 
 protected:
+    // The operations declared `inline` below are the lookups' hot path. They
+    // are defined in the private header PosFile_p.h (not installed), which
+    // the readers' sources include, so that every reader inlines them.
+
     /// Where a reader's records keep the fields that the base reads without
     /// converting a whole record, and the reader's own error texts.
     struct RecordLayout {
@@ -176,17 +171,7 @@ protected:
     /// Finds the records around `t` by a walk over the record times from a
     /// given estimate (estimateIndex(t)) of a time already known to lie
     /// inside the recording. Throws as getRecord(Seconds, ImuRecord&).
-    Bracket locateFrom(double t, int i)
-    {
-        requireIndex(i);
-        const double ti = adjustedTime(i);
-        if (std::abs(ti - t) < sSameTimeSec)
-            return {i, true};
-        // The estimate is nearly always the first of the two records around t.
-        if (ti < t && i + 1 < m_numSets && adjustedTime(i + 1) >= t)
-            return {i, false};
-        return walkFrom(t, i, ti);
-    }
+    inline Bracket locateFrom(double t, int i);
     /// Called by getRecord(Seconds, ImuRecord&) with the (adjusted) time
     /// asked for, after the records around it have been asked for from
     /// memory and before they are read; must not throw. A reader whose
@@ -195,44 +180,17 @@ protected:
     virtual void anticipate(double adjustedTime) noexcept { (void)adjustedTime; }
     /// Throws "GPS time is out side of recording time for the trajectory."
     /// unless the (adjusted) time lies in [start, end].
-    void requireInsideRecording(double adjustedTime) const
-    {
-        if (!(adjustedTime >= m_startTime && adjustedTime <= adjusted(m_endTime)))
-            throwOutsideRecording();
-    }
+    inline void requireInsideRecording(double adjustedTime) const;
 
     /// The record index of the first index entry at or after `t`, or an
     /// estimate between the two entries around it. Throws "gps time is out of
     /// range" when no entry lies at or after `t`.
-    int estimateIndex(Seconds gpsTime) const
-    {
-        const double t = adjusted(gpsTime.value());
-        const std::size_t entry = lowerBound(t);
-        if (entry == m_index.size())
-            throwTimeOutOfRange();
-        const auto [t1, i1] = m_index[entry];
-        if (entry == 0)
-            return i1;
-        const auto [t0, i0] = m_index[entry - 1];
-        if (t1 == t0 || t0 == t)
-            return i0;
-        if (t1 == t)
-            return i1;
-        return estimateBetween(t0, i0, t1, i1, t);
-    }
+    inline int estimateIndex(Seconds gpsTime) const;
     /// The estimate for a time strictly between index entries (t0, i0) and
     /// (t1, i1): the index at the same fraction of the way. The fraction is
     /// only outside [0, 1] (or not a number) for infinite times in a corrupt
     /// file.
-    static int estimateBetween(double t0, int i0, double t1, int i1, double t)
-    {
-        double fraction = (t - t0) / (t1 - t0);
-        if (!(fraction >= 0.0))
-            fraction = 0.0;
-        else if (fraction > 1.0)
-            fraction = 1.0;
-        return i0 + int(double(i1 - i0) * fraction);
-    }
+    static inline int estimateBetween(double t0, int i0, double t1, int i1, double t);
     /// Builds the time index from every `step`-th record (see the class comment).
     void mapFileIndex(int step);
 
@@ -242,66 +200,19 @@ protected:
     /// The bytes of the record at the reading position, which moves on to
     /// the next record; null when a whole record cannot be read. The bytes
     /// stay valid until the next read.
-    const unsigned char* nextRecordBytes()
-    {
-        if (m_map && m_position >= 0 && m_position + m_recordBytes <= m_mapBytes) {
-            const unsigned char* bytes = m_map + m_position;
-            m_position += m_recordBytes;
-            return bytes;
-        }
-        return readNextRecordBytes();
-    }
+    inline const unsigned char* nextRecordBytes();
     /// Throws the reader's bounds and seek errors unless record `index` can
     /// be read next.
-    void seekForRead(int index)
-    {
-        if (m_map && index >= 0 && index < m_numSets)
-            m_position = qint64(index) * m_recordBytes;
-        else
-            checkedSeek(index);
-    }
+    inline void seekForRead(int index);
     /// out = linear(a, b) at t, given dt = t - ta and span = tb - ta with
     /// neither end equal to t.
-    static void blendStdDevs(const std::array<float, 6>& a, const std::array<float, 6>& b, double dt, double span,
-                             std::array<float, 6>& out)
-    {
-        // Two values per instruction where the compiler offers vectors; each
-        // lane is rounded as the scalar operation would be.
-#if defined(__GNUC__)
-        using Pair = double __attribute__((vector_size(16)));
-        const Pair dtPair = {dt, dt};
-        const Pair spanPair = {span, span};
-        for (std::size_t k = 0; k < 6; k += 2) {
-            const Pair va = {double(a[k]), double(a[k + 1])};
-            const Pair vb = {double(b[k]), double(b[k + 1])};
-            const Pair value = dtPair * (vb - va) / spanPair + va;
-            out[k] = float(value[0]);
-            out[k + 1] = float(value[1]);
-        }
-#else
-        for (std::size_t k = 0; k < 6; ++k)
-            out[k] = float(dt * (double(b[k]) - double(a[k])) / span + double(a[k]));
-#endif
-    }
+    static inline void blendStdDevs(const std::array<float, 6>& a, const std::array<float, 6>& b, double dt,
+                                    double span, std::array<float, 6>& out);
     /// Whether estimateIndex() is known to give every (adjusted) time in
     /// [from, to] an estimate in [first, last]. False when it cannot tell
     /// cheaply: the file is not ordered, or the times are not all strictly
     /// between the same two index entries.
-    bool estimatesWithin(double from, double to, int first, int last) const
-    {
-        const std::size_t entry = lowerBound(from);
-        if (!m_ordered || entry == 0 || entry == m_index.size())
-            return false;
-        const double t0 = m_index[entry - 1].first;
-        const double t1 = m_index[entry].first;
-        const int i0 = m_index[entry - 1].second;
-        const int i1 = m_index[entry].second;
-        if (!(t0 < from && from <= to && to < t1))
-            return false;
-        // Between two entries of an ordered file, estimateIndex() never
-        // decreases with the time.
-        return estimateBetween(t0, i0, t1, i1, from) >= first && estimateBetween(t0, i0, t1, i1, to) <= last;
-    }
+    inline bool estimatesWithin(double from, double to, int first, int last) const;
     /// The smallest difference between two times that are not the same instant.
     static constexpr double sSameTimeSec = 1e-6;
     /// `t` + 604800 when the file has a rollover and `t` < start time.
@@ -313,61 +224,19 @@ private:
     void checkedSeek(int index);
     double readStoredTime(int index);
     /// The position in the index of the first entry at or after `t`.
-    std::size_t lowerBound(double t) const
-    {
-        // The search halves the range without branching on the comparison:
-        // random lookups would mispredict about every second branch.
-        const std::pair<double, int>* entry = m_index.data();
-        std::size_t length = m_index.size();
-        if (length == 0)
-            return 0;
-        while (length > 1) {
-            const std::size_t half = length / 2;
-            entry += entry[half - 1].first < t ? half : 0;
-            length -= half;
-        }
-        entry += entry->first < t ? 1 : 0;
-        return std::size_t(entry - m_index.data());
-    }
+    inline std::size_t lowerBound(double t) const;
     /// Asks the processor to load records first .. first + count - 1 of a
     /// mapped file into its caches.
-    void prefetchRecords(int first, int count) const
-    {
-#if defined(__GNUC__)
-        if (!m_map || first < 0 || first + count > m_numSets)
-            return;
-        const unsigned char* begin = m_map + qint64(first) * m_recordBytes;
-        const unsigned char* end = begin + qint64(count) * m_recordBytes;
-        for (const unsigned char* line = begin; line < end; line += 64)
-            __builtin_prefetch(line);
-        __builtin_prefetch(end - 1);
-#else
-        (void)first;
-        (void)count;
-#endif
-    }
+    inline void prefetchRecords(int first, int count) const;
     /// locateFrom() past its first two records.
     Bracket walkFrom(double t, int i, double ti);
     [[noreturn]] static void throwIndexOutOfBounds();
     [[noreturn]] static void throwOutsideRecording();
     [[noreturn]] static void throwTimeOutOfRange();
     /// The time of record `index` as stored. Throws the reader's read error.
-    double storedTime(int index)
-    {
-        const qint64 offset = qint64(index) * m_recordBytes + m_layout.timeOffset;
-        if (m_map && offset >= 0 && offset + qint64(sizeof(double)) <= m_mapBytes) {
-            double time;
-            std::memcpy(&time, m_map + offset, sizeof time);
-            return time;
-        }
-        return readStoredTime(index);
-    }
-    double adjustedTime(int index) { return adjusted(storedTime(index)); }
-    void requireIndex(int index) const
-    {
-        if (index < 0 || index >= m_numSets)
-            throwIndexOutOfBounds();
-    }
+    inline double storedTime(int index);
+    inline double adjustedTime(int index);
+    inline void requireIndex(int index) const;
     void mapFile();
 
     QFile m_file;

@@ -1,4 +1,5 @@
 #include <datamodel/trajectory/SbetFile.h>
+#include <datamodel/trajectory/SbetFile_p.h>
 
 #include <datamodel/log/VNLLog.h>
 
@@ -83,6 +84,11 @@ void SbetFile::SmrmsFile::readNextAccuracy(double& time, std::array<float, 6>& s
     // Attitude deviations: arc minutes to radians.
     for (std::size_t k = 0; k < 3; ++k)
         stdDev[3 + k] = float(field(bytes, 7 + k) * (1.0 / 60.0) * (std::numbers::pi / 180.0));
+}
+
+void SbetFile::SmrmsFile::accuracyAt(Seconds gpsTime, std::array<float, 6>& stdDev)
+{
+    accuracyAtInline(gpsTime, stdDev);
 }
 
 void SbetFile::SmrmsFile::lookUp(double t, std::array<float, 6>& stdDev)
@@ -233,7 +239,7 @@ void SbetFile::readNextRecord(ImuRecord& record)
     record.heading = field(bytes, offsetof(SbetStruct, platformHeading) / 8)
         - field(bytes, offsetof(SbetStruct, wanderAngle) / 8);
     if (m_smrms)
-        m_smrms->accuracyAt(gpstime(seconds(record.time)), record.stdDev());
+        m_smrms->accuracyAtInline(gpstime(seconds(record.time)), record.stdDev());
     else
         record.stdDev().fill(0.0f);
 }

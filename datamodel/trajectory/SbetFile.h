@@ -58,32 +58,22 @@ public:
         /// caller), the time first clamped into the file's time range: those
         /// of the record at that time or interpolated between the records
         /// around it, as getRecord() finds them.
-        void accuracyAt(Seconds gpsTime, std::array<float, 6>& stdDev)
-        {
-            const double t = lookupTime(gpsTime.value());
-            if (inSpan(t))
-                blendStdDevs(m_span.first, m_span.second, t - m_span.firstTime, m_span.secondTime - m_span.firstTime,
-                             stdDev);
-            else
-                lookUp(t, stdDev);
-        }
+        void accuracyAt(Seconds gpsTime, std::array<float, 6>& stdDev);
         /// Finds the records around a time (clamped as accuracyAt() does)
         /// ahead of the accuracyAt() calls for the trajectory records around
         /// it, which then mostly find them already read.
         void anticipate(double adjustedTime) noexcept override;
 
     private:
+        // SbetFile looks up its records' accuracy with accuracyAtInline().
+        friend class SbetFile;
+
+        // The operations declared `inline` are defined in the private header
+        // SbetFile_p.h (not installed).
+        /// accuracyAt(), inlined into the SBET reader's record reading.
+        inline void accuracyAtInline(Seconds gpsTime, std::array<float, 6>& stdDev);
         /// The (clamped, adjusted) time at which accuracyAt() looks up `gpsTime`.
-        double lookupTime(double t) const
-        {
-            const double first = startTime().value();
-            const double last = gpstime(endTime()).value();
-            if (t < first)
-                t = first;
-            if (t > last)
-                t = last;
-            return adjusted(t);
-        }
+        inline double lookupTime(double t) const;
         /// accuracyAt() for a time outside the span.
         void lookUp(double t, std::array<float, 6>& stdDev);
         struct Span;
@@ -91,13 +81,9 @@ public:
         /// position, which moves on to the next record.
         void readNextAccuracy(double& time, std::array<float, 6>& stdDev);
         /// Whether the (adjusted) time lies in the span.
-        bool inSpan(double t) const { return t >= m_span.from && t <= m_span.to; }
+        inline bool inSpan(double t) const;
         /// Empties the span (its records are left as they are).
-        void forgetSpan()
-        {
-            m_span.from = 1.0;
-            m_span.to = 0.0;
-        }
+        inline void forgetSpan();
         /// Reads the record of `bracket` and, unless exact, the next one
         /// into `records` (times as stored).
         void readBracket(const Bracket& bracket, Span& records);

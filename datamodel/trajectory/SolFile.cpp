@@ -1,5 +1,7 @@
 #include <datamodel/trajectory/SolFile.h>
 
+#include <datamodel/trajectory/PosFile_p.h>
+
 #include <cstddef>
 #include <cstring>
 #include <numbers>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <datamodel/model/Seconds.h>
+#include <platform/util/Seconds.h>
 
 #include <cstdint>
 #include <map>
@@ -18,7 +18,7 @@ namespace sensor {
 struct CtglEntry {
     std::uint32_t firstLine = 0; ///< the stretch's first scan line
     std::uint32_t lines = 0;     ///< scan lines in the stretch, its first included
-    datamodel::Seconds cycleTime; ///< mean time from line to line over the stretch, s
+    util::Seconds cycleTime;    ///< mean time from line to line over the stretch, s
 };
 
 /// The timing model of one band: the GPS time of every scan line, held in
@@ -45,7 +45,7 @@ struct CtglEntry {
 /// there is more than one stretch.
 class CameraTime {
 public:
-    using Time = datamodel::Seconds;
+    using Time = util::Seconds;
     using CtglMap = std::map<Time, CtglEntry>;
 
     /// Relative departure of a step from a stretch's period that counts as

@@ -1,4 +1,4 @@
-#include <platform/util/XmlWriter.h>
+#include <platform/util/XmlWriter_p.h>
 
 #include <platform/util/AtomicFile.h>
 

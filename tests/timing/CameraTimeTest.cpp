@@ -1,7 +1,7 @@
 #include "TimingFiles.h"
 
 #include <datamodel/timing/CameraTime.h>
-#include <datamodel/timing/TimeAdaptor.h>
+#include <datamodel/timing/TimeAdaptor_p.h>
 #include <datamodel/timing/TmFile.h>
 #include <datamodel/validation/ValidationTraverser.h>
 

@@ -10,7 +10,7 @@
 #include <datamodel/session/RecordingSession.h>
 #include <datamodel/timing/CameraTime.h>
 #include <datamodel/timing/SawToothFixer.h>
-#include <datamodel/timing/TimeAdaptor.h>
+#include <datamodel/timing/TimeAdaptor_p.h>
 #include <datamodel/timing/TmFile.h>
 
 #include <flightsim/FlightSimulator.h>

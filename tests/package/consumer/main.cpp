@@ -1,5 +1,7 @@
-// An outside program: reads a band info file through the installed library.
+// An outside program: reads a band info file through the installed library
+// and says which installation root the library found.
 #include <datamodel/model/InfoFile.h>
+#include <platform/util/Installation.h>
 
 #include <QTemporaryDir>
 
@@ -13,5 +15,6 @@ int main()
     std::ofstream(path) << "<info><sensor_serialnumber>7</sensor_serialnumber></info>";
     const datamodel::InfoFile info(path, datamodel::InfoFile::STRIPNAMEREGEX);
     std::printf("strip %s sensor %s\n", info.stripName().c_str(), info.sensorId().c_str());
+    std::printf("root %s\n", qPrintable(util::getKavixRoot()));
     return info.stripName() == "L12" ? 0 : 1;
 }

@@ -1,5 +1,8 @@
 #pragma once
 
+// Private to the libraries (not installed): the libraries write their XML
+// files through it.
+
 #include <QByteArray>
 
 #include <string>

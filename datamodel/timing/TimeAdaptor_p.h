@@ -1,5 +1,7 @@
 #pragma once
 
+// Private to the library (not installed): used by CameraTime and by tests.
+
 #include <datamodel/timing/CameraTime.h>
 
 #include <cstddef>

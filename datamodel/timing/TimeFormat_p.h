@@ -1,10 +1,10 @@
 #pragma once
 
-// Number formats of the timing messages, in one place: times in messages are
-// written in milliseconds with one decimal ("12345.6ms"), GPS times in the
-// shortest general form with six significant digits ("604810"). The C locale
-// is used whatever the host program set, so a message reads the same
-// everywhere.
+// Number formats of the timing messages, in one place (private to the
+// library, not installed): times in messages are written in milliseconds
+// with one decimal ("12345.6ms"), GPS times in the shortest general form
+// with six significant digits ("604810"). The C locale is used whatever the
+// host program set, so a message reads the same everywhere.
 
 #include <datamodel/model/Seconds.h>
 
