@@ -54,7 +54,7 @@ endif()
 # An installed program starts from the prefix and finds its libraries there.
 if(HAVE_DATAPREP)
     run(${clean_env} "${prefix}/bin/dataprep" demo --json)
-    string(JSON session ERROR_VARIABLE json_error GET "${last_output}" session)
+    string(JSON session ERROR_VARIABLE json_error GET "${last_output}" sessionDirectory)
     string(JSON takes ERROR_VARIABLE takes_error LENGTH "${last_output}" takes)
     if(json_error OR takes_error OR NOT takes GREATER 0)
         message(FATAL_ERROR "dataprep demo --json from the prefix gave no session report:\n${last_output}")
