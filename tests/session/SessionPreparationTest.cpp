@@ -24,7 +24,6 @@
 #include <QTemporaryDir>
 
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <memory>
 #include <stdexcept>
@@ -282,16 +281,14 @@ TEST(AtomicFile, CommitsWholeFilesOrLeavesTheTargetAsItWas)
     EXPECT_EQ(file.readAll(), QByteArray("new"));
     EXPECT_THROW(util::AtomicFile::writeWhole(dir.filePath(QStringLiteral("no/such/x")).toStdString(), "test file", "x", 1),
                  util::FileWriteError);
-    EXPECT_EQ(std::string(std::invoke([&] {
-                  try {
-                      util::AtomicFile::writeWhole(dir.filePath(QStringLiteral("folder")).toStdString(), "test file",
-                                                   "x", 1, "Couldn't open it.");
-                  } catch (const std::runtime_error& e) {
-                      return e.what();
-                  }
-                  return "";
-              })),
-              "Couldn't open it.");
+    std::string openFailure;
+    try {
+        util::AtomicFile::writeWhole(dir.filePath(QStringLiteral("folder")).toStdString(), "test file", "x", 1,
+                                     "Couldn't open it.");
+    } catch (const std::runtime_error& e) {
+        openFailure = e.what();
+    }
+    EXPECT_EQ(openFailure, "Couldn't open it.");
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
 }
 
