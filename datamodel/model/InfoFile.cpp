@@ -2,6 +2,8 @@
 
 #include <datamodel/validation/ValidationTraverser.h>
 
+#include <platform/util/RegularFile.h>
+
 #include <QDomDocument>
 #include <QDomElement>
 #include <QFile>
@@ -100,7 +102,7 @@ InfoFile::~InfoFile() = default;
 void InfoFile::parseInfoFile()
 {
     QFile file(QString::fromStdString(m_infoFileName));
-    if (!file.open(QIODevice::ReadOnly))
+    if (!util::openRegularFile(file))
         throw std::runtime_error("Cannot open .info file: " + m_infoFileName);
 
     QDomDocument document;

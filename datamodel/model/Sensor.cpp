@@ -1,5 +1,7 @@
 #include <datamodel/model/Sensor.h>
 
+#include <platform/util/RegularFile.h>
+
 #include <QDomDocument>
 #include <QDomElement>
 #include <QFile>
@@ -36,7 +38,7 @@ const Sensor::BandGeometry* Sensor::band(const std::string& name) const
 Sensor Sensor::fromCameraFile(const std::string& path)
 {
     QFile file(QString::fromStdString(path));
-    if (!file.open(QIODevice::ReadOnly))
+    if (!util::openRegularFile(file))
         throw std::runtime_error("Cannot open camera file: " + path);
     QDomDocument document;
     QString error;

@@ -15,6 +15,7 @@
 #include <datamodel/validation/ValidationTraverser.h>
 
 #include <platform/flightdata/Utility.h>
+#include <platform/util/RegularFile.h>
 #include <platform/util/XmlWriter_p.h>
 
 #include <QDir>
@@ -478,7 +479,7 @@ void Take::deleteStpFile()
 void Take::parseStpFile(const std::string& path)
 {
     QFile file(QString::fromStdString(path));
-    if (!file.open(QIODevice::ReadOnly))
+    if (!util::openRegularFile(file))
         throw std::runtime_error("error opening strip file:" + path);
     QDomDocument document;
     QString error;

@@ -494,7 +494,9 @@ TmFile& RecordingSession::tmFile() const
     }
     auto single = [&](const QStringList& filters, const char* multiple) -> bool {
         const QString extract = QString::fromStdString(findGpsImuDirectory()) + QStringLiteral("/extract/");
-        const QStringList found = list(extract, filters);
+        // Special files (a pipe, a dangling link) are candidates too: the
+        // time-mark reader refuses them and the refusal is listed.
+        const QStringList found = list(extract, filters, QDir::Files | QDir::System);
         if (found.size() > 1)
             throw std::runtime_error(std::string(multiple) + "\nList of error messages before this one:\n" + errors);
         return found.size() == 1 && open(extract + found.front());

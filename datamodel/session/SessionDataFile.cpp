@@ -1,6 +1,7 @@
 #include <datamodel/session/SessionDataFile.h>
 
 #include <platform/util/Installation.h>
+#include <platform/util/RegularFile.h>
 #include <platform/util/XmlValidator.h>
 #include <platform/util/XmlWriter_p.h>
 
@@ -37,7 +38,7 @@ std::optional<QString> SessionDataFile::load(const QString& sessionPath)
                                  + schema.toStdString() + "'");
 
     QFile input(file);
-    if (!input.open(QIODevice::ReadOnly))
+    if (!util::openRegularFile(input))
         return std::nullopt;
     QDomDocument document;
     if (!document.setContent(&input))

@@ -1,6 +1,7 @@
 #include <datamodel/timing/ScanLineData.h>
 
 #include <platform/util/AtomicFile.h>
+#include <platform/util/RegularFile.h>
 
 #include <QFile>
 
@@ -40,7 +41,7 @@ ScanLineData::ScanLineData(double scale)
 ScanLineData ScanLineData::read(const std::string& path, double scale)
 {
     QFile file(QString::fromStdString(path));
-    if (!file.open(QIODevice::ReadOnly))
+    if (!util::openRegularFile(file))
         throw std::runtime_error("Can't open file: " + path);
     const qint64 size = file.size();
     if (size % sRecordSize != 0)

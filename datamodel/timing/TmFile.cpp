@@ -2,6 +2,8 @@
 
 #include <datamodel/timing/TimeFormat_p.h>
 
+#include <platform/util/RegularFile.h>
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -91,7 +93,7 @@ TmFile::TmFile(const std::string& path)
     , m_ctStrictlyRising(false)
 {
     QFile file(QString::fromStdString(path));
-    if (QFileInfo(file).isDir() || !file.open(QIODevice::ReadOnly))
+    if (!util::openRegularFile(file))
         throw std::runtime_error("Failed to open TM file: " + path);
     const qint64 count = file.size() / sRecordBytes;
     if (count <= 0)

@@ -1,7 +1,10 @@
 #include <datamodel/trajectory/PosFile.h>
+
 #include <datamodel/trajectory/PosFile_p.h>
 
 #include <datamodel/log/VNLLog.h>
+
+#include <platform/util/RegularFile.h>
 
 #include <algorithm>
 #include <array>
@@ -117,7 +120,7 @@ bool PosFile::open()
 {
     if (m_file.isOpen())
         return true;
-    if (!m_file.open(QIODevice::ReadOnly))
+    if (!util::openRegularFile(m_file))
         return false;
     mapFile();
     m_position = 0;

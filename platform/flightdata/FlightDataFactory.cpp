@@ -1,5 +1,7 @@
 #include <platform/flightdata/FlightDataFactory.h>
 
+#include <platform/util/RegularFile.h>
+
 #include <QDir>
 #include <QDomDocument>
 #include <QDomElement>
@@ -108,7 +110,7 @@ std::shared_ptr<SessionInterface> FlightDataFactory::load(const QString& directo
 {
     const QString path = directory + QLatin1Char('/') + QLatin1String(sFileName);
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!util::openRegularFile(file))
         throw std::runtime_error("Cannot open flight data file: " + path.toStdString());
     QDomDocument document;
     QString error;

@@ -1,6 +1,7 @@
 #include <platform/raster/CtFile.h>
 
 #include <platform/util/AtomicFile.h>
+#include <platform/util/RegularFile.h>
 
 #include <QFile>
 #include <QFileInfo>
@@ -35,7 +36,7 @@ struct Layout {
 
 Layout readLayout(QFile& file, const std::string& path)
 {
-    if (QFileInfo(file).isDir() || !file.open(QIODevice::ReadOnly))
+    if (!util::openRegularFile(file))
         throw std::runtime_error("Can't open CT file: " + path);
     const qint64 size = file.size();
     if (size == 0)

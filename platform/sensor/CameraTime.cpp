@@ -1,6 +1,7 @@
 #include <platform/sensor/CameraTime.h>
 
 #include <platform/util/AtomicFile.h>
+#include <platform/util/RegularFile.h>
 
 #include <QFile>
 #include <QFileInfo>
@@ -50,7 +51,7 @@ CameraTime::CameraTime(const std::string& ctgFile)
 void CameraTime::readCtgFile(const std::string& path, std::vector<Time>& times)
 {
     QFile file(QString::fromStdString(path));
-    if (QFileInfo(file).isDir() || !file.open(QIODevice::ReadOnly))
+    if (!util::openRegularFile(file))
         throw std::runtime_error("Can't open CTG file: " + path);
     const qint64 size = file.size();
     if (size % 8 != 0)

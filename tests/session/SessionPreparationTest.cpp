@@ -21,9 +21,11 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <cmath>
+#include <sys/stat.h>
 #include <limits>
 #include <memory>
 #include <stdexcept>
@@ -204,6 +206,35 @@ TEST_F(SessionPreparationTest, ReportsWhereInsteadOfThrowing)
     EXPECT_EQ(noMarks.ctgCount(CtgStatus::Written) + noMarks.ctgCount(CtgStatus::Failed), 0u);
     ASSERT_EQ(noMarks.messages.size(), 1u) << messages(noMarks);
     EXPECT_EQ(noMarks.messages[0].text.rfind("Can't find a TM file for session ", 0), 0u);
+}
+
+TEST_F(SessionPreparationTest, PipesInPlaceOfInputsAreRefusedNotWaitedFor)
+{
+    // A reader that opened a FIFO would wait for a writer forever.
+    auto pipe = [](const std::string& path) {
+        QFile::remove(QString::fromStdString(path));
+        ASSERT_EQ(::mkfifo(path.c_str(), 0644), 0) << path;
+    };
+    const PreparationReport clean = SessionPreparation().run(sessionPath());
+    ASSERT_FALSE(clean.hasErrors()) << messages(clean);
+    pipe(band(clean, 0, 0).ctgFile);
+    pipe(band(clean, 0, 1).ctgFile);
+    QFile::remove(QString::fromStdString(band(clean, 0, 1).ctgFile));
+    pipe(band(clean, 0, 1).ctFile);
+
+    // A pipe where a CTG file belongs is reported and replaced.
+    const PreparationReport report = SessionPreparation().run(sessionPath());
+    EXPECT_EQ(band(report, 0, 0).ctg, CtgStatus::Written) << messages(report);
+    EXPECT_EQ(report.messages.at(0).text, "Can't open CTG file: " + band(clean, 0, 0).ctgFile + "; the file is written again");
+    EXPECT_TRUE(QFileInfo(QString::fromStdString(band(clean, 0, 0).ctgFile)).isFile());
+    EXPECT_EQ(band(report, 0, 1).ctg, CtgStatus::Failed);
+    EXPECT_EQ(band(report, 0, 1).error, "Can't open CT file: " + band(clean, 0, 1).ctFile);
+
+    pipe(report.timeMarks->file);
+    const PreparationReport noMarks = SessionPreparation().run(sessionPath());
+    EXPECT_FALSE(noMarks.timeMarks.has_value());
+    EXPECT_NE(messages(noMarks).find("Failed to open TM file: " + report.timeMarks->file), std::string::npos)
+        << messages(noMarks);
 }
 
 TEST_F(SessionPreparationTest, AddedStagesRunAfterTheCtgFilesAndTheirFailuresAreReported)

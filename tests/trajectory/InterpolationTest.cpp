@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QTemporaryFile>
+
 #include <cmath>
 #include <numbers>
 
@@ -93,16 +95,18 @@ TEST(TrajectoryInterpolation, UnwrapMovesTheNegativeAngleUpByATurn)
 
 TEST(TrajectoryInterpolation, RecordsInterpolateRollAndPitchLinearlyAndHeadingAsAnAngle)
 {
-    // interpolate() needs a reader for the rollover rule; a file-less
-    // stand-in without rollover does.
+    // interpolate() needs a reader for the rollover rule; a stand-in on an
+    // empty file, without rollover, does.
+    QTemporaryFile empty;
+    ASSERT_TRUE(empty.open());
     struct NoFile : PosFile {
-        NoFile()
-            : PosFile("/dev/null")
+        explicit NoFile(const QString& path)
+            : PosFile(path.toStdString())
         {
         }
         void readRecord(int, ImuRecord&) override {}
         void readNextRecord(ImuRecord&) override {}
-    } reader;
+    } reader(empty.fileName());
 
     ImuRecord a;
     a.time = 100.0;
