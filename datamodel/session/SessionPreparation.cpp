@@ -175,6 +175,12 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
         CtgBuilder builder;
         std::vector<std::size_t> staged; // the bands of the take whose CTG file waits for the commit
         long long done = 0;
+        // A band whose CTG file can be neither trusted nor written: no times.
+        auto fail = [&report](const Take& take, BandPreparation& band, const std::exception& error) {
+            band = BandPreparation{band.band, band.ctFile, band.ctgFile, CtgStatus::Failed, {}, {}, {}, {}};
+            band.error = util::fullMessage(error);
+            report.error(bandSubject(take, band.band), band.error);
+        };
         for (Take* take : takes) {
             TakePreparation item;
             item.name = take->name();
@@ -187,7 +193,6 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                 band.band = image->bandName();
                 band.ctFile = image->ctFilename();
                 band.ctgFile = image->ctgFilename();
-                const std::string subject = bandSubject(*take, band.band);
                 auto keep = [&band](const CtgBuilder::Band& times, CtgStatus status) {
                     band.ctg = status;
                     band.lines = times.lines;
@@ -203,12 +208,10 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                     } catch (const std::exception& e) {
                         write = m_options.writeCtg && marks;
                         if (write)
-                            report.warning(subject, util::fullMessage(e) + "; the file is written again");
-                        else {
-                            band.ctg = CtgStatus::Failed;
-                            band.error = util::fullMessage(e);
-                            report.error(subject, band.error);
-                        }
+                            report.warning(bandSubject(*take, band.band),
+                                           util::fullMessage(e) + "; the file is written again");
+                        else
+                            fail(*take, band, e);
                     }
                 } else {
                     write = m_options.writeCtg && marks;
@@ -218,9 +221,7 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                         keep(builder.stage(band.ctFile, *marks, band.ctgFile), CtgStatus::Written);
                         staged.push_back(item.bands.size());
                     } catch (const std::exception& e) {
-                        band.ctg = CtgStatus::Failed;
-                        band.error = util::fullMessage(e);
-                        report.error(subject, band.error);
+                        fail(*take, band, e);
                     }
                 }
                 item.bands.push_back(std::move(band));
@@ -232,14 +233,11 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
             for (std::size_t i = 0; i < failures.size(); ++i) {
                 if (!failures[i])
                     continue;
-                BandPreparation& band = item.bands[staged[i]];
-                band = BandPreparation{band.band, band.ctFile, band.ctgFile, CtgStatus::Failed, {}, {}, {}, {}};
                 try {
                     std::rethrow_exception(failures[i]);
                 } catch (const std::exception& e) {
-                    band.error = util::fullMessage(e);
+                    fail(*take, item.bands[staged[i]], e);
                 }
-                report.error(bandSubject(*take, band.band), band.error);
             }
             staged.clear();
 

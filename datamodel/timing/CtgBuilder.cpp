@@ -19,13 +19,11 @@ CtgBuilder::~CtgBuilder() = default;
 
 CtgBuilder::Band CtgBuilder::write(const std::string& ctFile, TmFile& tm, const std::string& ctgFile)
 {
-    raster::CtFile::read(ctFile, m_ctSec);
-    CameraTime::convertCtToGps(m_ctSec, ctFile, tm, m_gps);
-    util::AtomicFile file(ctgFile, "CTG file");
-    file.open();
-    sensor::CameraTime::writeCtg(file, m_gps);
-    file.commit();
-    return {m_gps.size(), m_gps.front(), m_gps.back()};
+    const Band band = stage(ctFile, tm, ctgFile);
+    for (const std::exception_ptr& failure : commit())
+        if (failure)
+            std::rethrow_exception(failure);
+    return band;
 }
 
 CtgBuilder::Band CtgBuilder::stage(const std::string& ctFile, TmFile& tm, const std::string& ctgFile)
@@ -47,14 +45,6 @@ std::vector<std::exception_ptr> CtgBuilder::commit()
     std::vector<std::exception_ptr> failures = util::AtomicFile::commitAll(files);
     m_staged.clear();
     return failures;
-}
-
-std::vector<std::string> CtgBuilder::staged() const
-{
-    std::vector<std::string> paths;
-    for (const auto& file : m_staged)
-        paths.push_back(file->path());
-    return paths;
 }
 
 CtgBuilder::Band CtgBuilder::check(const std::string& ctgFile, const std::string& ctFile)

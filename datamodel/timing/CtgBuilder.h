@@ -39,7 +39,8 @@ public:
     /// Reads the CT file `ctFile`, converts it through `tm` and writes the
     /// CTG file `ctgFile` whole or not at all. Throws the CT reader's, the
     /// time-mark file's and the writer's messages ("Can't write CTG file: "
-    /// + path + " (" + the system's reason + ")").
+    /// + path + " (" + the system's reason + ")"). Files staged before are
+    /// committed with it.
     Band write(const std::string& ctFile, TmFile& tm, const std::string& ctgFile);
 
     /// As write(), but the CTG file is left in its temporary file until
@@ -50,8 +51,6 @@ public:
     /// entry per staged file, in staging order: null when committed, else
     /// the failure ("Can't write CTG file: " + path + " (" + reason + ")").
     std::vector<std::exception_ptr> commit();
-    /// The CTG files staged and not committed yet, in staging order.
-    std::vector<std::string> staged() const;
 
     /// Reads the existing CTG file `ctgFile` and checks that it can be the
     /// band's: one time per scan line of `ctFile` and every time a finite
