@@ -132,6 +132,11 @@ Inspection inspectTimeMarkFile(const QString& path)
     }
     fields.add(QStringLiteral("irregularSteps"), QStringLiteral("Irregular steps"), irregular);
     fields.add(QStringLiteral("firstIrregularSteps"), QStringLiteral("First irregular steps"), std::move(steps));
+    try {
+        tm.checkPlausible();
+    } catch (const std::exception& e) {
+        addError(inspection.messages, name, e.what());
+    }
     if (irregular > 0)
         addWarning(inspection.messages, name,
                    std::to_string(irregular) + " steps between marks off the period by more than "

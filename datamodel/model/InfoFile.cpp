@@ -102,8 +102,9 @@ InfoFile::~InfoFile() = default;
 void InfoFile::parseInfoFile()
 {
     QFile file(QString::fromStdString(m_infoFileName));
-    if (!util::openRegularFile(file))
-        throw std::runtime_error("Cannot open .info file: " + m_infoFileName);
+    std::string reason;
+    if (!util::openRegularFile(file, &reason))
+        util::throwWithReason("Cannot open .info file: " + m_infoFileName, reason);
 
     QDomDocument document;
     if (!document.setContent(&file))

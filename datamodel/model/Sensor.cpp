@@ -38,8 +38,9 @@ const Sensor::BandGeometry* Sensor::band(const std::string& name) const
 Sensor Sensor::fromCameraFile(const std::string& path)
 {
     QFile file(QString::fromStdString(path));
-    if (!util::openRegularFile(file))
-        throw std::runtime_error("Cannot open camera file: " + path);
+    std::string reason;
+    if (!util::openRegularFile(file, &reason))
+        util::throwWithReason("Cannot open camera file: " + path, reason);
     QDomDocument document;
     QString error;
     if (!document.setContent(&file, &error))

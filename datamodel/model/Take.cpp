@@ -479,8 +479,9 @@ void Take::deleteStpFile()
 void Take::parseStpFile(const std::string& path)
 {
     QFile file(QString::fromStdString(path));
-    if (!util::openRegularFile(file))
-        throw std::runtime_error("error opening strip file:" + path);
+    std::string reason;
+    if (!util::openRegularFile(file, &reason))
+        util::throwWithReason("error opening strip file:" + path, reason);
     QDomDocument document;
     QString error;
     if (!document.setContent(&file, &error))

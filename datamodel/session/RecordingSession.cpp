@@ -12,6 +12,7 @@
 
 #include <platform/flightdata/FlightDataFactory.h>
 #include <platform/flightdata/Utility.h>
+#include <platform/util/ErrorText.h>
 #include <platform/util/FileSessionNameGenerator.h>
 
 #include <QDateTime>
@@ -102,17 +103,22 @@ int calibrationVersion(const flightdata::SessionInterface& flight)
 } // namespace
 
 RecordingSession::RecordingSession(const std::string& path, bool buildTakesNow)
+    : RecordingSession(path, OpenOptions{buildTakesNow, true})
+{
+}
+
+RecordingSession::RecordingSession(const std::string& path, const OpenOptions& options)
 {
     const QString qpath = QString::fromStdString(path);
     m_sessionPath = QDir(qpath).canonicalPath().toStdString();
     if (!path.empty() && m_sessionPath.empty())
         throw std::runtime_error("Can't find path provided for RecordingSession: " + path);
-    initialize(path);
-    if (buildTakesNow)
+    initialize(path, options.throwOnPatternError);
+    if (options.buildTakesNow)
         buildTakes(true);
 }
 
-void RecordingSession::initialize(const std::string& path)
+void RecordingSession::initialize(const std::string& path, bool throwOnPatternError)
 {
     const QFileInfo info(QString::fromStdString(path));
     const QString suffix = info.completeSuffix();
@@ -127,7 +133,42 @@ void RecordingSession::initialize(const std::string& path)
     // from its directory, as it does when that copy cannot be read.
     m_directory = info.canonicalFilePath().toStdString();
     m_outputDirectory = m_directory;
-    loadFileNamePattern();
+    if (throwOnPatternError) {
+        loadFileNamePattern();
+        return;
+    }
+    try {
+        loadFileNamePattern();
+    } catch (const std::exception& e) {
+        m_fileNamePatternError = e.what();
+    }
+}
+
+QStringList RecordingSession::listFiles(const QString& directory, const QStringList& filters, bool readableOnly) const
+{
+    QStringList files;
+    // Special files and dangling links are listed too, to be noted.
+    const QDir::Filters kinds = QDir::Files | QDir::System | QDir::Dirs | QDir::NoDotAndDotDot;
+    for (const QFileInfo& entry : QDir(directory).entryInfoList(filters, kinds, QDir::Name)) {
+        std::string reason;
+        if (entry.isDir())
+            reason = "a folder, not a file";
+        else if (entry.isSymLink() && !entry.exists())
+            reason = "a link to " + entry.symLinkTarget().toStdString() + ", which does not exist";
+        else if (!entry.isFile())
+            reason = "not a regular file";
+        else if (readableOnly && !entry.isReadable())
+            reason = "not readable";
+        if (reason.empty()) {
+            files.push_back(entry.fileName());
+            continue;
+        }
+        const std::string path = QDir::cleanPath(entry.absoluteFilePath()).toStdString();
+        if (std::none_of(m_skippedFiles.begin(), m_skippedFiles.end(),
+                         [&](const SkippedFile& known) { return known.path == path; }))
+            m_skippedFiles.push_back({path, reason});
+    }
+    return files;
 }
 
 RecordingSession::~RecordingSession()
@@ -192,7 +233,7 @@ void RecordingSession::buildTakes(bool) const
 bool RecordingSession::buildTakesFromStripFiles() const
 {
     const QString raw = QString::fromStdString(findRawFolder());
-    const QStringList files = list(raw, {QStringLiteral("*.stp")});
+    const QStringList files = listFiles(raw, {QStringLiteral("*.stp")}, false);
     if (files.isEmpty())
         return false;
     std::vector<std::unique_ptr<Take>> built;
@@ -255,7 +296,7 @@ bool RecordingSession::buildTakesFromFlightData() const
 void RecordingSession::buildTakesFromInfoFiles() const
 {
     const QString raw = QString::fromStdString(m_directory) + QStringLiteral("/raw/");
-    QStringList files = list(raw, {QStringLiteral("*.info")});
+    QStringList files = listFiles(raw, {QStringLiteral("*.info")}, false);
     files.removeAll(QStringLiteral("rawdownload.info"));
     if (files.isEmpty())
         throw std::runtime_error("Can't get a list of takes (no .info files found) for " + m_directory);
@@ -480,7 +521,7 @@ TmFile& RecordingSession::tmFile() const
             m_tmFile = std::make_unique<TmFile>(path.toStdString());
             return true;
         } catch (const std::exception& e) {
-            note(e.what());
+            note(util::fullMessage(e));
             return false;
         }
     };
@@ -492,20 +533,30 @@ TmFile& RecordingSession::tmFile() const
         if (QFileInfo::exists(candidate) && open(candidate))
             return *m_tmFile;
     }
+    // Which files a "Multiple ... found" refusal met, noted beside it.
+    std::string candidates;
+    auto noteRefusal = [&](const std::exception& e) {
+        note(e.what());
+        if (!candidates.empty())
+            note(candidates);
+        candidates.clear();
+    };
     auto single = [&](const QStringList& filters, const char* multiple) -> bool {
         const QString extract = QString::fromStdString(findGpsImuDirectory()) + QStringLiteral("/extract/");
-        // Special files (a pipe, a dangling link) are candidates too: the
-        // time-mark reader refuses them and the refusal is listed.
-        const QStringList found = list(extract, filters, QDir::Files | QDir::System);
-        if (found.size() > 1)
+        // Special files (a pipe, a dangling link, a folder) are candidates
+        // too: the time-mark reader refuses them and the refusal is listed.
+        const QStringList found = list(extract, filters, QDir::Files | QDir::System | QDir::Dirs | QDir::NoDotAndDotDot);
+        if (found.size() > 1) {
+            candidates = "Found in " + QDir::cleanPath(extract).toStdString() + ": " + found.join(QStringLiteral(", ")).toStdString();
             throw std::runtime_error(std::string(multiple) + "\nList of error messages before this one:\n" + errors);
+        }
         return found.size() == 1 && open(extract + found.front());
     };
     try {
         if (single({QStringLiteral("*.tm"), QStringLiteral("*.TM")}, "Multiple TM files found; expected exactly one."))
             return *m_tmFile;
     } catch (const std::exception& e) {
-        note(e.what());
+        noteRefusal(e);
     }
     try {
         try {
@@ -519,7 +570,7 @@ TmFile& RecordingSession::tmFile() const
                    "Multiple tm*.dat files found; expected exactly one."))
             return *m_tmFile;
     } catch (const std::exception& e) {
-        note(e.what());
+        noteRefusal(e);
     }
     throw std::runtime_error("Can't find a TM file for session " + name()
                              + "\nList of messages while trying to access it:\n" + errors);
@@ -532,6 +583,7 @@ std::vector<RecordingSession::ImuTrajectoryId*> RecordingSession::imuTrajectorie
         static const QRegularExpression solSbet(QStringLiteral("^.*\\.sol\\.[0-9\\.]*sbet$"));
         std::vector<std::unique_ptr<ImuTrajectoryId>> ids;
         const QDir proc(base + QStringLiteral("/proc/"));
+        (void)listFiles(proc.path(), {QStringLiteral("*.sol"), QStringLiteral("*.sbet"), QStringLiteral("sbet*.out")}, true);
         for (const QFileInfo& file : proc.entryInfoList({QStringLiteral("*.sol"), QStringLiteral("*.sbet"),
                                                          QStringLiteral("sbet*.out")},
                                                         QDir::Files | QDir::Readable, QDir::Name)) {
@@ -542,6 +594,7 @@ std::vector<RecordingSession::ImuTrajectoryId*> RecordingSession::imuTrajectorie
         }
         std::sort(ids.begin(), ids.end(), [](const auto& a, const auto& b) { return *a < *b; });
         const QDir extract(base + QStringLiteral("/extract/"));
+        (void)listFiles(extract.path(), {QStringLiteral("*.rnv")}, true);
         for (const QFileInfo& file : extract.entryInfoList({QStringLiteral("*.rnv")}, QDir::Files | QDir::Readable,
                                                            QDir::Name))
             ids.push_back(std::make_unique<ImuTrajectoryId>(file.fileName().toStdString(),

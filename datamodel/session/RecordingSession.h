@@ -5,6 +5,7 @@
 #include <datamodel/model/Validatable.h>
 
 #include <QDate>
+#include <QStringList>
 
 #include <cstdint>
 #include <memory>
@@ -73,6 +74,24 @@ public:
     /// that raw mass-memory recordings (.raw, .raw.xml) are not supported
     /// yet. With `buildTakesNow` the takes are built at once.
     explicit RecordingSession(const std::string& path, bool buildTakesNow = false);
+
+    /// How a session opens.
+    struct OpenOptions {
+        /// Build the takes at once.
+        bool buildTakesNow = false;
+        /// Throw when the file naming pattern cannot be loaded (a missing
+        /// schema, a session data file the schema rejects), as the
+        /// constructor above does; otherwise the session opens without the
+        /// pattern and fileNamePatternError() says why.
+        bool throwOnPatternError = true;
+    };
+    RecordingSession(const std::string& path, const OpenOptions& options);
+
+    /// A file the session found in one of its folders but left out, and why.
+    struct SkippedFile {
+        std::string path;
+        std::string reason;
+    };
     /// Deletes every take (null entries are skipped) and every ground point.
     ~RecordingSession() override;
 
@@ -159,6 +178,13 @@ public:
     /// true when a pattern was set. Throws for a missing schema or a file
     /// the schema rejects.
     bool loadFileNamePattern();
+    /// Why the file naming pattern could not be loaded when the session was
+    /// opened without throwing for it; empty otherwise.
+    const std::string& fileNamePatternError() const { return m_fileNamePatternError; }
+    /// The files of the session's folders that takes() and imuTrajectories()
+    /// have met but left out (a dangling link, a pipe or folder in a file's
+    /// place, an unreadable file), each once, in the order met.
+    const std::vector<SkippedFile>& skippedFiles() const { return m_skippedFiles; }
     /// Writes the file naming pattern to raw/sessionData.xml.
     bool saveFileNamePattern();
 
@@ -179,7 +205,11 @@ public:
     void traverse(ValidationTraverser& traverser) override;
 
 private:
-    void initialize(const std::string& path);
+    void initialize(const std::string& path, bool throwOnPatternError);
+    /// The regular files of `directory` that match `filters` (readable ones
+    /// only with `readableOnly`), by name; the other entries that match are
+    /// noted as skipped files.
+    QStringList listFiles(const QString& directory, const QStringList& filters, bool readableOnly) const;
     void buildTakes(bool checkElevation) const;
     bool buildTakesFromStripFiles() const;
     bool buildTakesFromFlightData() const;
@@ -201,6 +231,8 @@ private:
     mutable std::string m_gpsImuDirectory;
     std::string m_sessionNamingPattern;
     std::string m_fileNamingPattern;
+    std::string m_fileNamePatternError;
+    mutable std::vector<SkippedFile> m_skippedFiles;
 };
 
 } // namespace datamodel

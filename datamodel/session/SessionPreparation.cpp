@@ -4,6 +4,7 @@
 #include <datamodel/model/Sensor.h>
 #include <datamodel/model/Take.h>
 #include <datamodel/session/RecordingSession.h>
+#include <datamodel/session/SessionDataFile.h>
 #include <datamodel/timing/CtgBuilder.h>
 #include <datamodel/timing/TmFile.h>
 #include <datamodel/trajectory/ImuTrajectory.h>
@@ -80,13 +81,18 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
 
     std::unique_ptr<RecordingSession> session;
     try {
-        session = std::make_unique<RecordingSession>(directory);
+        // A session data file that cannot be read costs the file naming
+        // pattern, not the preparation.
+        session = std::make_unique<RecordingSession>(directory, RecordingSession::OpenOptions{false, false});
     } catch (const std::exception& e) {
         report.error(directory, util::fullMessage(e));
         return report;
     }
     const std::string& where = session->directory();
     report.sessionDirectory = where;
+    if (!session->fileNamePatternError().empty())
+        report.error(SessionDataFile::path(QString::fromStdString(session->sessionPath())).toStdString(),
+                     session->fileNamePatternError() + "; the session is prepared without its file naming pattern");
     try {
         report.sessionName = session->name();
     } catch (const std::exception& e) {
@@ -116,6 +122,16 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
         report.timeMarks = TimeMarkSummary{marks->name(), marks->numLoadedSets(), marks->hasGpsRollover()};
     } catch (const std::exception& e) {
         report.error(where, util::fullMessage(e));
+    }
+    // Marks that cannot be time marks convert nothing: no CTG file is
+    // written from them.
+    if (marks) {
+        try {
+            marks->checkPlausible();
+        } catch (const std::exception& e) {
+            report.error(where, util::fullMessage(e));
+            marks = nullptr;
+        }
     }
 
     // Trajectories, opened once for the coverage.
@@ -153,6 +169,10 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
         if (report.trajectories.empty())
             report.error(where, "Cannot find any IMU trajectories (SBET or SOL files).");
     }
+
+    // What the session's folders hold but the session left out.
+    for (const RecordingSession::SkippedFile& skipped : session->skippedFiles())
+        report.warning(skipped.path, "Left out of the session: " + skipped.reason);
 
     // The takes asked for, in the session's order.
     std::vector<Take*> takes;

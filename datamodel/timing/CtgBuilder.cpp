@@ -7,7 +7,10 @@
 #include <platform/sensor/CameraTime.h>
 #include <platform/util/AtomicFile.h>
 
+#include <QFileInfo>
+
 #include <cmath>
+#include <cstdint>
 #include <stdexcept>
 
 namespace datamodel {
@@ -50,10 +53,18 @@ std::vector<std::exception_ptr> CtgBuilder::commit()
 CtgBuilder::Band CtgBuilder::check(const std::string& ctgFile, const std::string& ctFile)
 {
     const std::size_t bandLines = raster::CtFile::lineCount(ctFile);
+    auto wrongLength = [&](const std::string& held) {
+        return std::runtime_error("CTG file has " + held + " scan lines, its band " + std::to_string(bandLines)
+                                  + ": " + ctgFile);
+    };
+    // The size is compared before anything is read: a file of the wrong
+    // length (a sparse or foreign file) costs no reading.
+    const QFileInfo info(QString::fromStdString(ctgFile));
+    if (info.isFile() && info.size() % 8 == 0 && std::uint64_t(info.size()) / 8 != bandLines)
+        throw wrongLength(std::to_string(info.size() / 8));
     sensor::CameraTime::readCtgFile(ctgFile, m_gps);
     if (m_gps.size() != bandLines)
-        throw std::runtime_error("CTG file has " + std::to_string(m_gps.size()) + " scan lines, its band "
-                                 + std::to_string(bandLines) + ": " + ctgFile);
+        throw wrongLength(std::to_string(m_gps.size()));
     for (std::size_t line = 0; line < m_gps.size(); ++line)
         if (!std::isfinite(m_gps[line].value()))
             throw std::runtime_error("CTG file holds a time that is not a finite number at scan line "

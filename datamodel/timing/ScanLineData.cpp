@@ -41,11 +41,17 @@ ScanLineData::ScanLineData(double scale)
 ScanLineData ScanLineData::read(const std::string& path, double scale)
 {
     QFile file(QString::fromStdString(path));
-    if (!util::openRegularFile(file))
-        throw std::runtime_error("Can't open file: " + path);
+    std::string reason;
+    if (!util::openRegularFile(file, &reason))
+        util::throwWithReason("Can't open file: " + path, reason);
     const qint64 size = file.size();
     if (size % sRecordSize != 0)
         throw std::runtime_error("File size is no multiple of the data size, in: " + path);
+
+    if (size / sRecordSize > ScanLineData::sMaxRecords)
+        throw std::runtime_error("File holds " + std::to_string(size / sRecordSize)
+                                 + " records, more than a band has scan lines (at most "
+                                 + std::to_string(ScanLineData::sMaxRecords) + "), in: " + path);
 
     ScanLineData data(scale);
     data.m_fileName = path;
@@ -62,6 +68,10 @@ ScanLineData ScanLineData::read(const std::string& path, double scale)
     float previousValue = 0.0f;
     for (qint64 offset = 0; offset < size; offset += sRecordSize) {
         const std::uint32_t line = readU32(&bytes[std::size_t(offset)]);
+        if (offset > 0 && std::int64_t(line) <= previousLine)
+            throw std::runtime_error("Scan line " + std::to_string(line) + " of record "
+                                     + std::to_string(offset / sRecordSize) + " does not follow line "
+                                     + std::to_string(previousLine) + " of the record before, in: " + path);
         const auto fileValue = static_cast<std::int32_t>(readU32(&bytes[std::size_t(offset) + 4]));
         const auto value = static_cast<float>(fileValue * scale);
         if (offset > 0 && std::int64_t(line) - 1 > previousLine)

@@ -26,9 +26,15 @@ public:
     /// Empty data with the given scale and no file.
     explicit ScanLineData(double scale);
 
+    /// The most records a file may hold: one per scan line of the longest
+    /// band. A larger file is refused before it is read.
+    static constexpr std::int64_t sMaxRecords = std::int64_t(1) << 26;
+
     /// Reads `path`. Throws std::runtime_error "Can't open file: ",
     /// "File size is no multiple of the data size, in: " or
-    /// "Failed to read file: ", each followed by the path.
+    /// "Failed to read file: ", each followed by the path; a file of more
+    /// than sMaxRecords records, or whose scan lines do not rise from record
+    /// to record, is refused with a message that names it too.
     static ScanLineData read(const std::string& path, double scale);
 
     /// Writes the runs to `path` (whole or not at all) and takes `path` as

@@ -21,6 +21,7 @@ static_assert(std::endian::native == std::endian::little, "the time-mark reader 
 
 const double TmFile::sWeekSec = 604800.0;
 const double TmFile::sRegularityToleranceSec = 0.005;
+const std::int64_t TmFile::sMaxRecords = 604800LL * 16;
 
 namespace {
 
@@ -93,11 +94,16 @@ TmFile::TmFile(const std::string& path)
     , m_ctStrictlyRising(false)
 {
     QFile file(QString::fromStdString(path));
-    if (!util::openRegularFile(file))
-        throw std::runtime_error("Failed to open TM file: " + path);
+    std::string reason;
+    if (!util::openRegularFile(file, &reason))
+        util::throwWithReason("Failed to open TM file: " + path, reason);
     const qint64 count = file.size() / sRecordBytes;
     if (count <= 0)
         throw std::runtime_error("TM file: " + path + " has zero size");
+    if (count > sMaxRecords)
+        throw std::runtime_error("TM file: " + path + " holds " + std::to_string(count)
+                                 + " records, more than a week of time marks (at most "
+                                 + std::to_string(sMaxRecords) + ")");
 
     m_records.reserve(std::size_t(count));
     m_records.resize(std::size_t(count), TmRecord{-1.0, -1.0});
@@ -108,6 +114,41 @@ TmFile::TmFile(const std::string& path)
     computeFrequencies();
     // An irregular file still loads; the time-mark validators judge it.
     (void)analyzeAndFix();
+}
+
+void TmFile::checkPlausible() const
+{
+    auto refuse = [this](std::size_t record, const std::string& what) {
+        throw std::runtime_error("Time-mark file " + m_name + ", record " + std::to_string(record) + ": " + what);
+    };
+    if (m_records.size() < 2)
+        throw std::runtime_error("Time-mark file " + m_name
+                                 + " holds one time mark; converting camera times needs at least two");
+    // After a repaired rollover the GPS times run on into the next week.
+    const double gpsEnd = m_gpsRollover ? 2.0 * sWeekSec : sWeekSec;
+    for (std::size_t i = 0; i < m_records.size(); ++i) {
+        const TmRecord& r = m_records[i];
+        if (!std::isfinite(r.gpsTime))
+            refuse(i, "the GPS time is not a finite number");
+        if (!std::isfinite(r.ctTime))
+            refuse(i, "the camera time is not a finite number");
+        if (r.gpsTime < 0.0 || r.gpsTime >= gpsEnd)
+            refuse(i, "GPS time " + generalText(r.gpsTime, 12) + " s lies outside the GPS week");
+        if (r.ctTime < 0.0)
+            refuse(i, "camera time " + generalText(r.ctTime, 12) + " s is negative");
+    }
+    if (!(m_gpsPeriod > 0.0))
+        throw std::runtime_error("Time-mark file " + m_name + ": the GPS times of the marks do not advance (period "
+                                 + generalText(m_gpsPeriod, 6) + " s)");
+    if (!(m_ctPeriod > 0.0))
+        throw std::runtime_error("Time-mark file " + m_name
+                                 + ": the camera times of the marks do not advance (period "
+                                 + generalText(m_ctPeriod, 6) + " s)");
+    if (!(m_records.back().gpsTime > m_records.front().gpsTime))
+        throw std::runtime_error("Time-mark file " + m_name + ": the last mark's GPS time is not after the first's");
+    if (!(m_records.back().ctTime > m_records.front().ctTime))
+        throw std::runtime_error("Time-mark file " + m_name
+                                 + ": the last mark's camera time is not after the first's");
 }
 
 void TmFile::computeFrequencies()

@@ -45,6 +45,9 @@ public:
     /// Largest departure of a step between marks from the nominal period
     /// that the regularity walk accepts, s (for CT and GPS alike).
     static const double sRegularityToleranceSec;
+    /// The most records a file may hold: a week of marks at 16 per second.
+    /// A larger file (a sparse or foreign file) is refused before it is read.
+    static const std::int64_t sMaxRecords;
 
     /// What the look at the neighbourhood of an irregular step found.
     struct StepDiagnosis {
@@ -59,8 +62,18 @@ public:
     /// Reads the whole file, estimates the periods and repairs a rollover.
     /// Throws std::runtime_error "Failed to open TM file: " + path,
     /// "TM file: " + path + " has zero size" (fewer than 16 bytes) and
-    /// "IO Error reading .tm file:" + path. An irregular file still loads.
+    /// "IO Error reading .tm file:" + path, and "TM file: " + path + " holds
+    /// N records, more than a week of time marks (at most M)" for a file
+    /// above sMaxRecords. An irregular file still loads.
     explicit TmFile(const std::string& path);
+
+    /// Refuses a file whose records cannot be time marks, whatever the
+    /// validators would say about their regularity: fewer than two records,
+    /// a time that is not a finite number, a GPS time outside the week (or
+    /// the week after a repaired rollover), a negative camera time, or GPS or
+    /// camera times that do not advance. Throws std::runtime_error naming the
+    /// file and the first offending record (counted from 0).
+    void checkPlausible() const;
 
     /// The path given to the constructor.
     const std::string& name() const { return m_name; }

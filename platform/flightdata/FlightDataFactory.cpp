@@ -110,8 +110,9 @@ std::shared_ptr<SessionInterface> FlightDataFactory::load(const QString& directo
 {
     const QString path = directory + QLatin1Char('/') + QLatin1String(sFileName);
     QFile file(path);
-    if (!util::openRegularFile(file))
-        throw std::runtime_error("Cannot open flight data file: " + path.toStdString());
+    std::string reason;
+    if (!util::openRegularFile(file, &reason))
+        util::throwWithReason("Cannot open flight data file: " + path.toStdString(), reason);
     QDomDocument document;
     QString error;
     int line = 0;

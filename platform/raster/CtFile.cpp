@@ -36,8 +36,9 @@ struct Layout {
 
 Layout readLayout(QFile& file, const std::string& path)
 {
-    if (!util::openRegularFile(file))
-        throw std::runtime_error("Can't open CT file: " + path);
+    std::string reason;
+    if (!util::openRegularFile(file, &reason))
+        util::throwWithReason("Can't open CT file: " + path, reason);
     const qint64 size = file.size();
     if (size == 0)
         throw std::runtime_error("CT file is empty: " + path);
@@ -56,6 +57,10 @@ Layout readLayout(QFile& file, const std::string& path)
     if (layout.headerBytes < CtFile::sHeaderBytes)
         throw std::runtime_error("CT file has an invalid header size: " + path + " (" + number(layout.headerBytes)
                                  + " bytes, at least " + number(CtFile::sHeaderBytes) + " expected)");
+
+    if (layout.lines > CtFile::sMaxLines)
+        throw std::runtime_error("CT file holds " + number(layout.lines) + " scan lines, more than a band can (at most "
+                                 + number(CtFile::sMaxLines) + "): " + path);
 
     // Compare without overflow: the line count may be anything in a broken file.
     const std::uint64_t bytes = std::uint64_t(size);

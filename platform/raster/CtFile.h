@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,9 @@ public:
     static constexpr char sSignature[5] = "CT01";
     /// The size of the header this writer writes (and the smallest allowed), bytes.
     static constexpr std::size_t sHeaderBytes = 16;
+    /// The most scan lines a band may hold (nine hours at 2 kHz); a larger
+    /// header is refused before anything is read.
+    static constexpr std::uint64_t sMaxLines = std::uint64_t(1) << 26;
 
     /// Reads the whole file. Throws std::runtime_error, each message followed
     /// by the path: "Can't open CT file: " (missing or unreadable), "CT file

@@ -51,8 +51,9 @@ CameraTime::CameraTime(const std::string& ctgFile)
 void CameraTime::readCtgFile(const std::string& path, std::vector<Time>& times)
 {
     QFile file(QString::fromStdString(path));
-    if (!util::openRegularFile(file))
-        throw std::runtime_error("Can't open CTG file: " + path);
+    std::string reason;
+    if (!util::openRegularFile(file, &reason))
+        util::throwWithReason("Can't open CTG file: " + path, reason);
     const qint64 size = file.size();
     if (size % 8 != 0)
         throw std::runtime_error("CTG file size is no multiple of 8 bytes: " + path);

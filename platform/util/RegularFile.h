@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 class QFile;
 
 namespace util {
@@ -8,7 +10,15 @@ namespace util {
 /// followed). A folder, a FIFO, a socket or a device is refused without
 /// being opened, so that a reader never blocks on a pipe nor reads a stream
 /// that never ends. Returns false when the file is refused or cannot be
-/// opened; the caller says which file.
-bool openRegularFile(QFile& file);
+/// opened, and then sets `reason` (when given) to why: "no such file", "a
+/// link to <target>, which does not exist", "a folder, not a file", "a pipe,
+/// not a file", the system's reason of a failed open, ... The caller says
+/// which file.
+bool openRegularFile(QFile& file, std::string* reason = nullptr);
+
+/// Throws std::runtime_error `message`, with a nested std::runtime_error
+/// `reason` when that is not empty (see fullMessage()): what() stays the
+/// message, the reason travels with it.
+[[noreturn]] void throwWithReason(const std::string& message, const std::string& reason);
 
 } // namespace util

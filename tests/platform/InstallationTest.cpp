@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QFileInfo>
 #include <QString>
 
 using testsupport::ScopedEnv;
@@ -17,6 +18,16 @@ QString builtInRoot()
     while (root.size() > 1 && root.endsWith(QLatin1Char('/')))
         root.chop(1);
     return root;
+}
+
+// Where a program of this build finds its installation without KAVIX_ROOT:
+// the configured prefix once something is installed there, else the build
+// tree, which holds the installation files beside its libraries.
+QString defaultRoot()
+{
+    if (QFileInfo::exists(builtInRoot() + QLatin1Char('/') + QLatin1String(util::sInstallationMarker)))
+        return builtInRoot();
+    return QStringLiteral(DATAMODEL_TEST_BUILD_ROOT);
 }
 
 } // namespace
@@ -41,15 +52,15 @@ TEST(Installation, TrailingSlashesAreDropped)
     }
 }
 
-TEST(Installation, UnsetOrEmptyFallsBackToTheInstallPrefix)
+TEST(Installation, UnsetOrEmptyFallsBackToTheInstallationOfTheLibrary)
 {
     {
         ScopedEnv env(util::sKavixRootVariable, std::nullopt);
-        EXPECT_EQ(util::getKavixRoot(), builtInRoot());
-        EXPECT_EQ(util::getKavixIni(), builtInRoot() + QStringLiteral("/etc/kavix.ini"));
+        EXPECT_EQ(util::getKavixRoot(), defaultRoot());
+        EXPECT_EQ(util::getKavixIni(), defaultRoot() + QStringLiteral("/etc/kavix.ini"));
     }
     {
         ScopedEnv env(util::sKavixRootVariable, QByteArray(""));
-        EXPECT_EQ(util::getKavixRoot(), builtInRoot());
+        EXPECT_EQ(util::getKavixRoot(), defaultRoot());
     }
 }

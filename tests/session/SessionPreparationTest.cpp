@@ -2,6 +2,8 @@
 // CTG files it writes, checks, rewrites and refuses, what the report says and
 // where, and that a failure never leaves a partial file behind.
 
+#include "TestSupport.h"
+
 #include <datamodel/model/L0Image.h>
 #include <datamodel/model/Take.h>
 #include <datamodel/session/RecordingSession.h>
@@ -158,7 +160,7 @@ TEST_F(SessionPreparationTest, DamagedCtgFilesAreRewrittenAndUnwritableOnesFailA
     EXPECT_NE(report.messages[0].text.find("scan lines"), std::string::npos) << report.messages[0].text;
     EXPECT_NE(report.messages[1].text.find("not a finite number at scan line 2: " + notANumber), std::string::npos)
         << report.messages[1].text;
-    EXPECT_EQ(report.messages[2].text, "Can't open CTG file: " + blocked + "; the file is written again");
+    EXPECT_EQ(report.messages[2].text, "Can't open CTG file: " + blocked + ": a folder, not a file; the file is written again");
     EXPECT_EQ(report.messages[3].severity, datamodel::PreparationMessage::Severity::Error);
     EXPECT_EQ(report.messages[3].text, "Can't write CTG file: " + blocked + " (Is a directory)");
     EXPECT_TRUE(leftovers().isEmpty()) << leftovers().join(QLatin1Char(' ')).toStdString();
@@ -208,6 +210,54 @@ TEST_F(SessionPreparationTest, ReportsWhereInsteadOfThrowing)
     EXPECT_EQ(noMarks.messages[0].text.rfind("Can't find a TM file for session ", 0), 0u);
 }
 
+TEST_F(SessionPreparationTest, WhatCannotBeUsedIsReportedAndTheRestPrepared)
+{
+    // A dangling link among the band files and a folder among the
+    // trajectories are left out, each with a warning that names it.
+    const QString raw = session() + QStringLiteral("/raw/");
+    ASSERT_TRUE(QFile::link(raw + QStringLiteral("gone"), raw + QStringLiteral("L009PANN00A.info")));
+    QDirIterator proc(session() + QStringLiteral("/gps-imu"), {QStringLiteral("proc")}, QDir::Dirs,
+                      QDirIterator::Subdirectories);
+    ASSERT_TRUE(proc.hasNext());
+    const QString procFolder = proc.next();
+    ASSERT_TRUE(QDir(procFolder).mkdir(QStringLiteral("sbet_folder.out")));
+    // A session data file without its schema costs the naming pattern only.
+    QTemporaryDir emptyRoot;
+    testsupport::ScopedEnv root("KAVIX_ROOT", emptyRoot.path().toUtf8());
+    QFile data(raw + QStringLiteral("sessionData.xml"));
+    ASSERT_TRUE(data.open(QIODevice::WriteOnly));
+    data.write("<SessionData version=\"1.0\"><FileNamingPattern><x/></FileNamingPattern></SessionData>");
+    data.close();
+
+    const PreparationReport report = SessionPreparation().run(sessionPath());
+    EXPECT_EQ(report.ctgCount(CtgStatus::Written), 4u) << messages(report);
+    ASSERT_EQ(report.messages.size(), 3u) << messages(report);
+    EXPECT_EQ(report.messages[0].subject, data.fileName().toStdString());
+    EXPECT_EQ(report.messages[0].text, "Missing installation file " + emptyRoot.path().toStdString()
+                                           + "/etc/schemas/sessionData.xsd; the session is prepared without its file "
+                                             "naming pattern");
+    EXPECT_EQ(report.messages[1].subject, (raw + QStringLiteral("L009PANN00A.info")).toStdString());
+    EXPECT_EQ(report.messages[1].text, "Left out of the session: a link to " + (raw + QStringLiteral("gone")).toStdString()
+                                           + ", which does not exist");
+    EXPECT_EQ(report.messages[2].subject, (procFolder + QStringLiteral("/sbet_folder.out")).toStdString());
+    EXPECT_EQ(report.messages[2].text, "Left out of the session: a folder, not a file");
+
+    // Marks that cannot be time marks write no CTG file.
+    QFile marks(QString::fromStdString(report.timeMarks->file));
+    ASSERT_TRUE(marks.open(QIODevice::WriteOnly));
+    marks.write(QByteArray(16 * 50, '\0'));
+    marks.close();
+    for (const auto& take : report.takes)
+        for (const auto& written : take.bands)
+            ASSERT_TRUE(QFile::remove(QString::fromStdString(written.ctgFile)));
+    const PreparationReport zeros = SessionPreparation().run(sessionPath());
+    EXPECT_EQ(zeros.ctgCount(CtgStatus::Written), 0u);
+    EXPECT_NE(messages(zeros).find("Time-mark file " + report.timeMarks->file
+                                   + ": the GPS times of the marks do not advance (period 0 s)"),
+              std::string::npos)
+        << messages(zeros);
+}
+
 TEST_F(SessionPreparationTest, PipesInPlaceOfInputsAreRefusedNotWaitedFor)
 {
     // A reader that opened a FIFO would wait for a writer forever.
@@ -225,10 +275,11 @@ TEST_F(SessionPreparationTest, PipesInPlaceOfInputsAreRefusedNotWaitedFor)
     // A pipe where a CTG file belongs is reported and replaced.
     const PreparationReport report = SessionPreparation().run(sessionPath());
     EXPECT_EQ(band(report, 0, 0).ctg, CtgStatus::Written) << messages(report);
-    EXPECT_EQ(report.messages.at(0).text, "Can't open CTG file: " + band(clean, 0, 0).ctgFile + "; the file is written again");
+    EXPECT_EQ(report.messages.at(0).text,
+              "Can't open CTG file: " + band(clean, 0, 0).ctgFile + ": a pipe, not a file; the file is written again");
     EXPECT_TRUE(QFileInfo(QString::fromStdString(band(clean, 0, 0).ctgFile)).isFile());
     EXPECT_EQ(band(report, 0, 1).ctg, CtgStatus::Failed);
-    EXPECT_EQ(band(report, 0, 1).error, "Can't open CT file: " + band(clean, 0, 1).ctFile);
+    EXPECT_EQ(band(report, 0, 1).error, "Can't open CT file: " + band(clean, 0, 1).ctFile + ": a pipe, not a file");
 
     pipe(report.timeMarks->file);
     const PreparationReport noMarks = SessionPreparation().run(sessionPath());

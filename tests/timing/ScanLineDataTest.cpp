@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -64,7 +66,7 @@ TEST_F(ScanLineDataTest, OneRecordIsOneRunAndWritesBackTheSameBytes)
     EXPECT_EQ(roundTrip(late, sTdiScale), late);
 }
 
-TEST_F(ScanLineDataTest, SizeMustBeAMultipleOfTheRecordSize)
+TEST_F(ScanLineDataTest, BrokenFilesAreRefusedWithTheirName)
 {
     for (const int size : {12, 7, 1}) {
         const std::string file = write("odd.it", scanLineRecords({{0, 1000}, {100, 1500}}).left(size));
@@ -72,6 +74,18 @@ TEST_F(ScanLineDataTest, SizeMustBeAMultipleOfTheRecordSize)
                   "File size is no multiple of the data size, in: " + file)
             << size;
     }
+    // Runs start in rising line order; a line that does not rise is garbage.
+    for (const std::uint32_t again : {100u, 50u}) {
+        const std::string file = write("back.it", scanLineRecords({{0, 1000}, {100, 1500}, {again, 1200}}));
+        EXPECT_EQ(thrownMessage([&] { ScanLineData::read(file, sItScale); }),
+                  "Scan line " + std::to_string(again) + " of record 2 does not follow line 100 of the record before, in: "
+                      + file);
+    }
+    // A file larger than any band is refused before it is read (sparse: costs no disk).
+    const std::string huge = write("huge.it", {});
+    ASSERT_EQ(::truncate(huge.c_str(), (ScanLineData::sMaxRecords + 1) * 8), 0);
+    EXPECT_EQ(thrownMessage([&] { ScanLineData::read(huge, sItScale); }),
+              "File holds 67108865 records, more than a band has scan lines (at most 67108864), in: " + huge);
 }
 
 TEST_F(ScanLineDataTest, EmptyFileGivesEmptyData)

@@ -7,6 +7,8 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -65,6 +67,41 @@ TEST_F(TmFileTest, ReadsWholeRecordsOnlyAndRefusesFilesWithoutOne)
     EXPECT_EQ(thrownMessage([&] { TmFile{missing}; }), "Failed to open TM file: " + missing);
     EXPECT_EQ(thrownMessage([&] { TmFile{dir.path().toStdString()}; }),
               "Failed to open TM file: " + dir.path().toStdString());
+    // More records than a week of marks: refused before anything is read.
+    const std::string huge = testsupport::writeFile(dir, "tmhuge.dat", {});
+    ASSERT_EQ(::truncate(huge.c_str(), (TmFile::sMaxRecords + 1) * 16), 0);
+    EXPECT_EQ(thrownMessage([&] { TmFile{huge}; }),
+              "TM file: " + huge + " holds 9676801 records, more than a week of time marks (at most 9676800)");
+}
+
+TEST_F(TmFileTest, MarksThatCannotBeTimeMarksFailThePlausibilityCheck)
+{
+    std::vector<Mark> marks = regularMarks(20);
+    EXPECT_NO_THROW(TmFile(write(marks)).checkPlausible());
+    // Irregular but plausible marks are the validators' business.
+    marks[7].gpsTime += 0.5;
+    EXPECT_NO_THROW(TmFile(write(marks)).checkPlausible());
+
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    auto refusal = [&](const std::function<void(std::vector<Mark>&)>& spoil) {
+        std::vector<Mark> spoilt = regularMarks(20);
+        spoil(spoilt);
+        const std::string path = write(spoilt, "spoilt.dat");
+        const std::string message = thrownMessage([&] { TmFile(path).checkPlausible(); });
+        EXPECT_EQ(message.rfind("Time-mark file " + path, 0), 0u) << message;
+        return message.substr(std::min(message.size(), ("Time-mark file " + path).size()));
+    };
+    EXPECT_EQ(refusal([&](auto& m) { m[3].gpsTime = nan; }), ", record 3: the GPS time is not a finite number");
+    EXPECT_EQ(refusal([&](auto& m) { m[4].ctTime = -nan; }), ", record 4: the camera time is not a finite number");
+    EXPECT_EQ(refusal([&](auto& m) { m[0].gpsTime = -1.0; }), ", record 0: GPS time -1 s lies outside the GPS week");
+    EXPECT_EQ(refusal([&](auto& m) { m[19].gpsTime = 604800.0; }),
+              ", record 19: GPS time 604800 s lies outside the GPS week");
+    EXPECT_EQ(refusal([&](auto& m) { m[2].ctTime = -2.5; }), ", record 2: camera time -2.5 s is negative");
+    EXPECT_EQ(refusal([&](auto& m) { std::fill(m.begin(), m.end(), m[0]); }),
+              ": the GPS times of the marks do not advance (period 0 s)");
+    EXPECT_EQ(refusal([&](auto& m) { for (Mark& mark : m) mark.ctTime = 3600.0; }),
+              ": the camera times of the marks do not advance (period 0 s)");
+    EXPECT_EQ(refusal([&](auto& m) { m.resize(1); }), " holds one time mark; converting camera times needs at least two");
 }
 
 TEST(TmFile, AFileShorterThanItsStatedSizeIsAReadError)
