@@ -6,11 +6,13 @@
 #include <platform/raster/CtFile.h>
 #include <platform/sensor/CameraTime.h>
 #include <platform/util/AtomicFile.h>
+#include <platform/util/RegularFile.h>
 
 #include <QFileInfo>
 
 #include <cmath>
 #include <cstdint>
+#include <exception>
 #include <stdexcept>
 
 namespace datamodel {
@@ -32,7 +34,15 @@ CtgBuilder::Band CtgBuilder::write(const std::string& ctFile, TmFile& tm, const 
 CtgBuilder::Band CtgBuilder::stage(const std::string& ctFile, TmFile& tm, const std::string& ctgFile)
 {
     raster::CtFile::read(ctFile, m_ctSec);
-    CameraTime::convertCtToGps(m_ctSec, ctFile, tm, m_gps);
+    const std::string failure = "Cannot convert the camera times of " + ctFile + " with the time marks of " + tm.name();
+    try {
+        CameraTime::convertCtToGps(m_ctSec, ctFile, tm, m_gps);
+    } catch (const std::out_of_range&) {
+        // The search's vector access: said in the user's terms.
+        util::throwWithReason(failure, "the marks expected around a camera time lie outside the time-mark file");
+    } catch (const std::exception&) {
+        std::throw_with_nested(std::runtime_error(failure));
+    }
     auto file = std::make_unique<util::AtomicFile>(ctgFile, "CTG file");
     file->open();
     sensor::CameraTime::writeCtg(*file, m_gps);
