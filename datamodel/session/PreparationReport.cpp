@@ -21,6 +21,11 @@ std::size_t PreparationReport::messageCount(PreparationMessage::Severity severit
 
 void PreparationReport::add(PreparationMessage::Severity severity, std::string subject, std::string text)
 {
+    // A failure met again (the takes asked for by the sensor after the
+    // takes themselves failed) is said once.
+    for (const PreparationMessage& known : messages)
+        if (known.severity == severity && known.subject == subject && known.text == text)
+            return;
     messages.push_back({severity, std::move(subject), std::move(text)});
 }
 

@@ -107,7 +107,7 @@ struct PreparationReport {
     std::size_t messageCount(PreparationMessage::Severity severity) const;
     bool hasErrors() const { return messageCount(PreparationMessage::Severity::Error) > 0; }
 
-    /// Appends a message.
+    /// Appends a message, unless the same one is there already.
     void add(PreparationMessage::Severity severity, std::string subject, std::string text);
     void error(std::string subject, std::string text);
     void warning(std::string subject, std::string text);

@@ -240,7 +240,12 @@ bool RecordingSession::buildTakesFromStripFiles() const
     auto* self = const_cast<RecordingSession*>(this);
     for (const QString& file : files) {
         auto take = std::make_unique<Take>(*self);
-        take->parseStpFile(QFileInfo(raw + QLatin1Char('/') + file).canonicalFilePath().toStdString());
+        const std::string path = QFileInfo(raw + QLatin1Char('/') + file).canonicalFilePath().toStdString();
+        try {
+            take->parseStpFile(path);
+        } catch (const std::exception&) {
+            util::rethrowNaming("the strip file", path);
+        }
         built.push_back(std::move(take));
     }
     for (auto& take : built)
@@ -275,7 +280,11 @@ bool RecordingSession::buildTakesFromFlightData() const
                 const QString path = raw + QString::fromStdString(band.infoFile());
                 if (!QFileInfo::exists(path))
                     throw std::runtime_error("Wrong file path in FlightData.xml, named: " + path.toStdString());
-                infos.push_back(std::make_unique<InfoFile>(path.toStdString(), sBandPattern));
+                try {
+                    infos.push_back(std::make_unique<InfoFile>(path.toStdString(), sBandPattern));
+                } catch (const std::exception&) {
+                    util::rethrowNaming("the info file", path.toStdString());
+                }
             }
             if (infos.empty())
                 continue;
@@ -303,7 +312,11 @@ void RecordingSession::buildTakesFromInfoFiles() const
 
     std::vector<std::unique_ptr<InfoFile>> infos;
     for (const QString& file : files)
-        infos.push_back(std::make_unique<InfoFile>((raw + file).toStdString(), sBandPattern));
+        try {
+            infos.push_back(std::make_unique<InfoFile>((raw + file).toStdString(), sBandPattern));
+        } catch (const std::exception&) {
+            util::rethrowNaming("the info file", (raw + file).toStdString());
+        }
     for (const auto& info : infos) {
         if (info->sensorId() != infos.front()->sensorId())
             throw std::runtime_error("Inconsistent camera identifiers in .info files; found "
@@ -359,7 +372,12 @@ Take* RecordingSession::buildSpecificTake(const std::string& takeName)
         if (QFileInfo(file).baseName() != wanted)
             continue;
         auto take = std::make_unique<Take>(*this);
-        take->parseStpFile(QFileInfo(raw + QLatin1Char('/') + file).canonicalFilePath().toStdString());
+        const std::string path = QFileInfo(raw + QLatin1Char('/') + file).canonicalFilePath().toStdString();
+        try {
+            take->parseStpFile(path);
+        } catch (const std::exception&) {
+            util::rethrowNaming("the strip file", path);
+        }
         addTake(take.get());
         return take.release();
     }

@@ -1,5 +1,7 @@
 #include <platform/util/ErrorText.h>
 
+#include <stdexcept>
+
 namespace util {
 
 std::string fullMessage(const std::exception& error)
@@ -13,6 +15,31 @@ std::string fullMessage(const std::exception& error)
         text += ": an unknown failure";
     }
     return text;
+}
+
+void rethrowNaming(const std::string& what, const std::string& path)
+{
+    try {
+        throw;
+    } catch (const std::runtime_error& error) {
+        const std::string text = error.what();
+        std::string reason;
+        try {
+            std::rethrow_if_nested(error);
+        } catch (const std::exception& inner) {
+            reason = fullMessage(inner);
+        } catch (...) {
+            reason = "an unknown failure";
+        }
+        if (text.find(path) != std::string::npos || reason.find(path) != std::string::npos)
+            throw;
+        const std::string location = "in " + what + " " + path;
+        try {
+            throw std::runtime_error(reason.empty() ? location : reason + " (" + location + ")");
+        } catch (...) {
+            std::throw_with_nested(std::runtime_error(text));
+        }
+    }
 }
 
 } // namespace util

@@ -13,6 +13,8 @@
 
 #include <platform/flightdata/SessionInterface.h>
 
+#include <platform/util/ErrorText.h>
+
 #include <gtest/gtest.h>
 
 #include <QDateTime>
@@ -344,6 +346,21 @@ TEST(RecordingSession, TakesFromInfoFiles)
     const RecordingSession mixedTypes(twoTypes.path());
     EXPECT_EQ(thrownMessage([&] { mixedTypes.takes(); }),
               "Inconsistent camera types in .info files; found ZELM4 and ZEL");
+
+    // A broken info file keeps the reader's message; the full message names it.
+    SessionDir broken;
+    QByteArray badTime = infoXml("PANN00A");
+    const qsizetype time = badTime.indexOf("<time>") + 6;
+    badTime.replace(time, badTime.indexOf("</time>") - time, "garbage");
+    broken.write("raw/A1PANN00A.info", badTime);
+    const RecordingSession brokenInfo(broken.path());
+    try {
+        brokenInfo.takes();
+        ADD_FAILURE() << "a broken info file was taken";
+    } catch (const std::exception& e) {
+        const std::string full = util::fullMessage(e);
+        EXPECT_EQ(full, std::string(e.what()) + ": in the info file " + broken.raw("A1PANN00A.info"));
+    }
 }
 
 TEST(RecordingSession, StripFilesWinOverInfoFiles)
