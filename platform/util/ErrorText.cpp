@@ -1,5 +1,7 @@
 #include <platform/util/ErrorText.h>
 
+#include <algorithm>
+
 namespace util {
 
 std::string fullMessage(const std::exception& error)
@@ -13,6 +15,26 @@ std::string fullMessage(const std::exception& error)
         text += ": an unknown failure";
     }
     return text;
+}
+
+std::string excerpt(const QString& text)
+{
+    if (text.size() <= sMaxQuotedChars)
+        return text.toStdString();
+    qsizetype end = sMaxQuotedChars;
+    // Keep a surrogate pair whole.
+    if (text.at(end - 1).isHighSurrogate())
+        --end;
+    return text.left(end).toStdString() + "...";
+}
+
+std::string excerpt(const std::string& text)
+{
+    // Counting characters needs the decoded text; short texts are taken as
+    // they are (a text of at most sMaxQuotedChars bytes has no more characters).
+    if (text.size() <= std::size_t(sMaxQuotedChars))
+        return text;
+    return excerpt(QString::fromUtf8(text.data(), qsizetype(std::min<std::size_t>(text.size(), 4 * sMaxQuotedChars + 4))));
 }
 
 } // namespace util

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <exception>
 #include <string>
 
@@ -8,5 +10,15 @@ namespace util {
 /// The text of `error` followed by the texts of the exceptions nested in it
 /// (std::throw_with_nested), outermost first, joined by ": ".
 std::string fullMessage(const std::exception& error);
+
+/// How many characters of a file's text a message quotes at most.
+inline constexpr int sMaxQuotedChars = 200;
+
+/// Text taken from an input file, fit to be put into a message: the first
+/// sMaxQuotedChars characters, followed by "..." when the text is longer. A
+/// character is never cut in two.
+std::string excerpt(const QString& text);
+/// The same for UTF-8 text.
+std::string excerpt(const std::string& text);
 
 } // namespace util
