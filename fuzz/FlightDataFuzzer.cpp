@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             try {
                 const flightdata::ZelTake& take = flightdata::Utility::takeFromLineNumber(*flight, unsigned(line.number));
                 for (const flightdata::ZelBand& band : take.bands())
-                    (void)take.getBandForAnalogChannel(band.analogChannel).name();
+                    (void)take.getBandForAnalogChannel(band.analogChannel()).name();
             } catch (const std::runtime_error&) {
             }
             (void)flightdata::Utility::darkTakes(*flight, unsigned(line.number));

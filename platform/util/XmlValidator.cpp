@@ -5,6 +5,7 @@
 #include <platform/util/XmlNesting_p.h>
 
 #include <libxml/parser.h>
+#include <libxml/xmlversion.h>
 #include <libxml/xmlerror.h>
 #include <libxml/xmlschemas.h>
 
@@ -31,7 +32,14 @@ struct Messages {
     }
 };
 
-void collect(void* context, xmlErrorPtr error)
+// libxml2 2.12 made the error of a structured handler const.
+#if LIBXML_VERSION >= 21200
+using ErrorArgument = const xmlError*;
+#else
+using ErrorArgument = xmlErrorPtr;
+#endif
+
+void collect(void* context, ErrorArgument error)
 {
     auto* messages = static_cast<Messages*>(context);
     if (!error || !messages)
