@@ -3,6 +3,8 @@
 
 #include <datamodel/model/InfoFile.h>
 
+#include <platform/util/XmlNesting_p.h>
+
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -35,6 +37,19 @@ void BM_InfoFileParse(benchmark::State& state)
     state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_InfoFileParse);
+
+// The nesting check that every XML reader makes before it builds a DOM: its
+// share of a parse.
+void BM_XmlNestingCheck(benchmark::State& state)
+{
+    const QByteArray content(sInfoText);
+    const QString name = QStringLiteral("L12_PANF28A.info");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(util::XmlNesting::error(content, name));
+    state.SetItemsProcessed(state.iterations());
+    state.SetBytesProcessed(state.iterations() * content.size());
+}
+BENCHMARK(BM_XmlNestingCheck);
 
 void BM_AngleFromString(benchmark::State& state)
 {

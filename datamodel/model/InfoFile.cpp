@@ -2,7 +2,9 @@
 
 #include <datamodel/validation/ValidationTraverser.h>
 
+#include <platform/util/ErrorText.h>
 #include <platform/util/RegularFile.h>
+#include <platform/util/XmlNesting_p.h>
 
 #include <QDomDocument>
 #include <QDomElement>
@@ -35,7 +37,7 @@ QDateTime parseDateTime(const QString& text)
             result = QDateTime(date, time, Qt::UTC);
     }
     if (result.isNull() || !result.isValid())
-        throw std::runtime_error("Cannot parse time: " + text.toStdString());
+        throw std::runtime_error("Cannot parse time: " + util::excerpt(text));
     return result;
 }
 
@@ -106,8 +108,12 @@ void InfoFile::parseInfoFile()
     if (!util::openRegularFile(file, &reason))
         util::throwWithReason("Cannot open .info file: " + m_infoFileName, reason);
 
+    const QString path = QString::fromStdString(m_infoFileName);
+    QByteArray content;
+    if (!util::XmlNesting::readChecked(file, path, content))
+        throw std::runtime_error("Cannot open .info file: " + m_infoFileName);
     QDomDocument document;
-    if (!document.setContent(&file))
+    if (!document.setContent(content))
         throw std::runtime_error("Cannot open parse XLM .info file: " + m_infoFileName);
 
     auto text = [&](const char* tag, std::string& target) {

@@ -27,9 +27,13 @@ public:
     Sensor(std::string id, std::string type, int calibrationVersion = -1);
 
     /// Reads a camera description file. Throws std::runtime_error "Cannot
-    /// open camera file: " + path, "Cannot parse camera file: " + path + ": "
-    /// + the parser's message, or "Invalid camera file " + path + ": " +
-    /// what is missing.
+    /// open camera file: " + path when there is no file to read. A file that
+    /// is there but cannot be taken throws util::InvalidFileError: path + ":
+    /// XML nested deeper than 256 elements", "Cannot parse camera file: " +
+    /// path + ": " + the parser's message, or "Invalid camera file " + path +
+    /// ": " + what is missing or impossible (a serial that is not decimal, a
+    /// calibration version below 0, a focal length or pixel size not above 0,
+    /// no band, a band described twice, ...).
     static Sensor fromCameraFile(const std::string& path);
 
     const std::string& id() const { return m_id; }

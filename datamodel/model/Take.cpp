@@ -15,7 +15,9 @@
 #include <datamodel/validation/ValidationTraverser.h>
 
 #include <platform/flightdata/Utility.h>
+#include <platform/util/ErrorText.h>
 #include <platform/util/RegularFile.h>
+#include <platform/util/XmlNesting_p.h>
 #include <platform/util/XmlWriter_p.h>
 
 #include <QDir>
@@ -89,7 +91,7 @@ Take::StartStopInformation readContents(const QDomElement& element)
             const QDate date = comma < 0 ? QDate() : c.toDate(text.left(comma), QStringLiteral("dd MMMM yyyy"));
             const QTime clock = comma < 0 ? QTime() : c.toTime(text.mid(comma + 2), QStringLiteral("hh:mm:ss"));
             if (!date.isValid() || !clock.isValid())
-                throw std::runtime_error("Unable to parse time. Time string found: " + text.toStdString());
+                throw std::runtime_error("Unable to parse time. Time string found: " + util::excerpt(text));
             const bool utc = child.attribute(QStringLiteral("timezone")) == QLatin1String("UTC");
             info.time = QDateTime(date, clock, utc ? Qt::UTC : Qt::LocalTime);
         } else if (tag == QLatin1String("latitude")) {
@@ -482,9 +484,12 @@ void Take::parseStpFile(const std::string& path)
     std::string reason;
     if (!util::openRegularFile(file, &reason))
         util::throwWithReason("error opening strip file:" + path, reason);
+    QByteArray content;
+    if (!util::XmlNesting::readChecked(file, QString::fromStdString(path), content))
+        util::throwWithReason("error opening strip file:" + path, file.errorString().toStdString());
     QDomDocument document;
     QString error;
-    if (!document.setContent(&file, &error))
+    if (!document.setContent(content, &error))
         throw std::runtime_error("error parsing xml file:" + path + ": " + error.toStdString());
     m_stpFilename = QFileInfo(file).absoluteFilePath().toStdString();
     read(document.documentElement(), QFileInfo(file), true);
@@ -596,11 +601,11 @@ void Take::read(const QDomElement& element, const QFileInfo& stripFile, bool top
 {
     if (element.tagName() != QLatin1String(sStripTag))
         throw std::runtime_error(std::string("wrong file format: expected \"") + sStripTag + "\" but saw \""
-                                 + element.tagName().toStdString() + "\"");
+                                 + util::excerpt(element.tagName()) + "\"");
     const QString version = element.attribute(QStringLiteral("version"));
     if (version != QLatin1String(sStripVersion))
         throw std::runtime_error(std::string("wrong file version: expected \"") + sStripVersion + "\" but saw \""
-                                 + version.toStdString() + "\"");
+                                 + util::excerpt(version) + "\"");
 
     m_meanTerrainHeightM = element.attribute(QStringLiteral("mean_terrain_height"), QStringLiteral("0.f")).toFloat();
     setName(element.attribute(QStringLiteral("name"), QStringLiteral("unknown")).toStdString());

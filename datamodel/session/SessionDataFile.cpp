@@ -1,6 +1,8 @@
 #include <datamodel/session/SessionDataFile.h>
 
+#include <platform/util/ErrorText.h>
 #include <platform/util/Installation.h>
+#include <platform/util/InvalidFileError.h>
 #include <platform/util/RegularFile.h>
 #include <platform/util/XmlValidator.h>
 #include <platform/util/XmlWriter_p.h>
@@ -27,29 +29,65 @@ QString SessionDataFile::schemaPath()
 
 std::optional<QString> SessionDataFile::load(const QString& sessionPath)
 {
+    return load(sessionPath, nullptr);
+}
+
+std::optional<QString> SessionDataFile::load(const QString& sessionPath, QString* reason)
+{
     const QString file = path(sessionPath);
+    auto none = [&](const QString& why) -> std::optional<QString> {
+        if (reason)
+            *reason = file + QStringLiteral(": ") + why;
+        return std::nullopt;
+    };
+    if (reason)
+        reason->clear();
     if (!QFileInfo::exists(file))
         return std::nullopt;
     const QString schema = schemaPath();
     if (!QFileInfo::exists(schema))
         throw std::runtime_error("Missing installation file " + schema.toStdString());
-    if (!util::XmlValidator(schema).validate(file))
-        throw std::runtime_error("'" + file.toStdString() + "' is not valid according to the schema in '"
-                                 + schema.toStdString() + "'");
 
+    // Read once: what is validated is what is parsed. A file that cannot be
+    // read fails the validation, as the validator reading it would.
+    const std::string invalid = "'" + file.toStdString() + "' is not valid according to the schema in '"
+        + schema.toStdString() + "'";
     QFile input(file);
-    if (!util::openRegularFile(input))
-        return std::nullopt;
+    QByteArray content;
+    std::string unreadable;
+    if (!util::openRegularFile(input, &unreadable))
+        util::throwWithReason(invalid, unreadable);
+    content = input.readAll();
+    if (input.error() != QFileDevice::NoError)
+        util::throwWithReason(invalid, input.errorString().toStdString());
+    QString problems;
+    if (!util::XmlValidator(schema).validateContent(content, file, &problems)) {
+        // The schema's complaints travel as the nested reason.
+        try {
+            throw std::runtime_error(problems.replace(QLatin1Char('\n'), QLatin1String("; ")).toStdString());
+        } catch (...) {
+            std::throw_with_nested(util::InvalidFileError(file.toStdString(), invalid));
+        }
+    }
+
     QDomDocument document;
-    if (!document.setContent(&input))
-        return std::nullopt;
+    QString error;
+    int line = 0;
+    int column = 0;
+    if (!document.setContent(content, &error, &line, &column))
+        return none(QStringLiteral("not well-formed XML: %1 (line %2, column %3)").arg(error).arg(line).arg(column));
     const QDomElement root = document.documentElement();
-    if (root.tagName() != QLatin1String("SessionData") || !root.hasAttribute(QStringLiteral("version"))
-        || root.attribute(QStringLiteral("version")) != QLatin1String("1.0"))
-        return std::nullopt;
+    if (root.tagName() != QLatin1String("SessionData"))
+        return none(QStringLiteral("the root element is <%1>, not <SessionData>")
+                        .arg(QString::fromStdString(util::excerpt(root.tagName()))));
+    if (!root.hasAttribute(QStringLiteral("version")))
+        return none(QStringLiteral("<SessionData> has no version"));
+    if (root.attribute(QStringLiteral("version")) != QLatin1String("1.0"))
+        return none(QStringLiteral("version \"%1\" is not \"1.0\"")
+                        .arg(QString::fromStdString(util::excerpt(root.attribute(QStringLiteral("version"))))));
     const QDomNodeList patterns = root.elementsByTagName(QStringLiteral("FileNamingPattern"));
     if (patterns.count() != 1)
-        return std::nullopt;
+        return none(QStringLiteral("%1 <FileNamingPattern> elements instead of one").arg(patterns.count()));
 
     QString pattern;
     QTextStream stream(&pattern);

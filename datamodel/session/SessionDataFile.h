@@ -22,9 +22,16 @@ public:
     /// another root, no version or a version other than "1.0", or not exactly
     /// one `FileNamingPattern`. Throws std::runtime_error "Missing
     /// installation file " + schema path when a file exists but the schema
-    /// does not, and "'" + file + "' is not valid according to the schema in
-    /// '" + schema + "'" when the schema rejects it.
+    /// does not, and util::InvalidFileError "'" + file + "' is not valid
+    /// according to the schema in '" + schema + "'" followed by ": " and the
+    /// first reasons, with line numbers, when the schema rejects it (or it is
+    /// nested deeper than 256 elements).
     static std::optional<QString> load(const QString& sessionPath);
+
+    /// The same; when a file is there but gives no pattern, `reason` (when
+    /// given) receives why, beginning with the file's path, so that a caller
+    /// can report it; otherwise it is emptied.
+    static std::optional<QString> load(const QString& sessionPath, QString* reason);
 
     /// Writes the session's file (whole or not at all) with `pattern`, an XML
     /// fragment, as the content of `FileNamingPattern` (empty for none).

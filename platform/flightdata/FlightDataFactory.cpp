@@ -1,6 +1,9 @@
 #include <platform/flightdata/FlightDataFactory.h>
 
+#include <platform/util/ErrorText.h>
+#include <platform/util/InvalidFileError.h>
 #include <platform/util/RegularFile.h>
+#include <platform/util/XmlNesting_p.h>
 
 #include <QDir>
 #include <QDomDocument>
@@ -8,6 +11,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cmath>
+#include <limits>
 #include <stdexcept>
 
 namespace flightdata {
@@ -44,33 +49,64 @@ public:
 
     [[noreturn]] void fail(const QString& what) const
     {
-        throw std::runtime_error("Invalid flight data file " + m_path.toStdString() + ": " + what.toStdString());
+        throw util::InvalidFileError(m_path.toStdString(),
+                                     "Invalid flight data file " + m_path.toStdString() + ": " + what.toStdString());
     }
 
+    /// A value quoted in a message, cut to a sane length.
+    static QString quoted(const QString& value) { return QString::fromStdString(util::excerpt(value)); }
+
+    /// The attribute's text, which must be there and not be blank.
     QString required(const QDomElement& element, const char* name) const
     {
         const QString attribute = QString::fromLatin1(name);
         if (!element.hasAttribute(attribute))
             fail(QStringLiteral("element <%1> has no attribute \"%2\"").arg(element.tagName(), attribute));
-        return element.attribute(attribute);
-    }
-
-    int integer(const QDomElement& element, const char* name) const
-    {
-        bool ok = false;
-        const int value = required(element, name).toInt(&ok, 10);
-        if (!ok)
-            fail(QStringLiteral("attribute \"%1\" of <%2> is not an integer").arg(QLatin1String(name), element.tagName()));
+        const QString value = element.attribute(attribute);
+        if (value.trimmed().isEmpty())
+            fail(QStringLiteral("attribute \"%1\" of <%2> is empty").arg(attribute, element.tagName()));
         return value;
     }
 
+    /// A decimal integer.
+    long long integer(const QDomElement& element, const char* name) const
+    {
+        bool ok = false;
+        const QString text = required(element, name);
+        const long long value = text.toLongLong(&ok, 10);
+        if (!ok)
+            fail(QStringLiteral("attribute \"%1\" of <%2> is not an integer: %3")
+                     .arg(QLatin1String(name), element.tagName(), quoted(text)));
+        return value;
+    }
+
+    /// A finite number.
     double number(const QDomElement& element, const char* name) const
     {
         bool ok = false;
-        const double value = required(element, name).toDouble(&ok);
-        if (!ok)
-            fail(QStringLiteral("attribute \"%1\" of <%2> is not a number").arg(QLatin1String(name), element.tagName()));
+        const QString text = required(element, name);
+        const double value = text.toDouble(&ok);
+        if (!ok || !std::isfinite(value))
+            fail(QStringLiteral("attribute \"%1\" of <%2> is not a number: %3")
+                     .arg(QLatin1String(name), element.tagName(), quoted(text)));
         return value;
+    }
+
+    /// Fails unless `valid`: the attribute's value breaks `rule`.
+    void expect(bool valid, const QDomElement& element, const char* name, const char* rule) const
+    {
+        if (!valid)
+            fail(QStringLiteral("attribute \"%1\" of <%2> is %3; it must be %4")
+                     .arg(QLatin1String(name), element.tagName(), quoted(element.attribute(QString::fromLatin1(name))),
+                          QLatin1String(rule)));
+    }
+
+    /// An integer in [minimum, INT_MAX].
+    int count(const QDomElement& element, const char* name, int minimum, const char* rule) const
+    {
+        const long long value = integer(element, name);
+        expect(value >= minimum && value <= std::numeric_limits<int>::max(), element, name, rule);
+        return int(value);
     }
 
     TimePosition time(const QDomElement& element) const
@@ -80,9 +116,11 @@ public:
         position.utc = QDateTime::fromString(utc, QString::fromLatin1(TimePosition::sDateTimeString));
         position.utc.setTimeSpec(Qt::UTC);
         if (!position.utc.isValid())
-            fail(QStringLiteral("attribute \"utc\" of <%1> is not a time: %2").arg(element.tagName(), utc));
-        position.gpsWeek = integer(element, "gpsWeek");
+            fail(QStringLiteral("attribute \"utc\" of <%1> is not a time: %2").arg(element.tagName(), quoted(utc)));
+        position.gpsWeek = count(element, "gpsWeek", 0, "0 or more");
         position.gpsSeconds = number(element, "gpsSeconds");
+        expect(position.gpsSeconds >= 0.0 && position.gpsSeconds < sSecondsPerWeek, element, "gpsSeconds",
+               "at least 0 and below 604800 (seconds of a GPS week)");
         return position;
     }
 
@@ -95,6 +133,7 @@ public:
     }
 
 private:
+    static constexpr double sSecondsPerWeek = 604800.0;
     QString m_path;
 };
 
@@ -110,27 +149,36 @@ std::shared_ptr<SessionInterface> FlightDataFactory::load(const QString& directo
 {
     const QString path = directory + QLatin1Char('/') + QLatin1String(sFileName);
     QFile file(path);
+    QByteArray content;
     std::string reason;
     if (!util::openRegularFile(file, &reason))
         util::throwWithReason("Cannot open flight data file: " + path.toStdString(), reason);
+    if (!util::XmlNesting::readChecked(file, path, content))
+        util::throwWithReason("Cannot open flight data file: " + path.toStdString(), file.errorString().toStdString());
     QDomDocument document;
     QString error;
     int line = 0;
     int column = 0;
-    if (!document.setContent(&file, &error, &line, &column))
-        throw std::runtime_error("Cannot parse flight data file: " + path.toStdString() + ": " + error.toStdString()
-                                 + " (line " + std::to_string(line) + ", column " + std::to_string(column) + ")");
+    if (!document.setContent(content, &error, &line, &column))
+        throw util::InvalidFileError(path.toStdString(), "Cannot parse flight data file: " + path.toStdString() + ": "
+                                                             + error.toStdString() + " (line " + std::to_string(line)
+                                                             + ", column " + std::to_string(column) + ")");
 
     const Reader reader(path);
     const QDomElement root = document.documentElement();
     if (root.tagName() != QLatin1String("FlightData"))
-        reader.fail(QStringLiteral("the root element is <%1>, not <FlightData>").arg(root.tagName()));
+        reader.fail(QStringLiteral("the root element is <%1>, not <FlightData>").arg(Reader::quoted(root.tagName())));
     if (root.attribute(QStringLiteral("version")) != QLatin1String("1.0"))
-        reader.fail(QStringLiteral("unknown version \"%1\"").arg(root.attribute(QStringLiteral("version"))));
+        reader.fail(QStringLiteral("unknown version \"%1\"").arg(Reader::quoted(root.attribute(QStringLiteral("version")))));
 
     auto session = std::make_shared<FlightDataSession>();
     const QDomElement sessionElement = reader.child(root, "Session");
-    session->m_id = reader.required(sessionElement, "id").toStdString();
+    const QString id = reader.required(sessionElement, "id");
+    // The identifier names the session's folder under gps-imu/.
+    reader.expect(id != QLatin1String(".") && id != QLatin1String("..") && !id.contains(QLatin1Char('/'))
+                      && !id.contains(QLatin1Char('\\')),
+                  sessionElement, "id", "a folder name");
+    session->m_id = id.toStdString();
     const QDomElement sensor = reader.child(sessionElement, "Sensor");
     session->m_generation = reader.required(sensor, "generation").toStdString();
     session->m_head = reader.required(sensor, "head").toStdString();
@@ -145,24 +193,32 @@ std::shared_ptr<SessionInterface> FlightDataFactory::load(const QString& directo
     for (QDomElement lineElement = sessionElement.firstChildElement(QStringLiteral("Line")); !lineElement.isNull();
          lineElement = lineElement.nextSiblingElement(QStringLiteral("Line"))) {
         ZelLine zelLine;
-        zelLine.number = reader.integer(lineElement, "number");
+        zelLine.number = reader.count(lineElement, "number", 1, "1 or more");
         zelLine.label = reader.required(lineElement, "label").toStdString();
         for (QDomElement takeElement = lineElement.firstChildElement(QStringLiteral("Take")); !takeElement.isNull();
              takeElement = takeElement.nextSiblingElement(QStringLiteral("Take"))) {
             const QString type = reader.required(takeElement, "type");
             if (type != QLatin1String("image") && type != QLatin1String("dark"))
-                reader.fail(QStringLiteral("take type \"%1\" is neither \"image\" nor \"dark\"").arg(type));
+                reader.fail(QStringLiteral("take type \"%1\" is neither \"image\" nor \"dark\"").arg(Reader::quoted(type)));
             std::vector<ZelBand> bands;
             for (QDomElement band = takeElement.firstChildElement(QStringLiteral("Band")); !band.isNull();
                  band = band.nextSiblingElement(QStringLiteral("Band"))) {
-                bands.emplace_back(reader.required(band, "name").toStdString(), reader.integer(band, "analogChannel"),
-                                   reader.number(band, "integrationTimeMs") * 0.001,
-                                   band.attribute(QStringLiteral("tdiStages"), QStringLiteral("1")).toInt(),
+                const QString name = reader.required(band, "name");
+                const int channel = reader.count(band, "analogChannel", 0, "0 or more");
+                const double integrationMs = reader.number(band, "integrationTimeMs");
+                reader.expect(integrationMs > 0.0, band, "integrationTimeMs", "above 0");
+                const int stages = band.hasAttribute(QStringLiteral("tdiStages"))
+                                       ? reader.count(band, "tdiStages", 1, "1 or more")
+                                       : 1;
+                bands.emplace_back(name.toStdString(), channel, integrationMs * 0.001, stages,
                                    band.attribute(QStringLiteral("info")).toStdString());
             }
+            const long long lines = reader.integer(takeElement, "lines");
+            reader.expect(lines >= 0, takeElement, "lines", "0 or more");
+            const double lineRate = reader.number(takeElement, "lineRate");
+            reader.expect(lineRate > 0.0, takeElement, "lineRate", "above 0");
             zelLine.takes.emplace_back(reader.required(takeElement, "label").toStdString(),
-                                       type == QLatin1String("dark"), (long long)reader.number(takeElement, "lines"),
-                                       reader.number(takeElement, "lineRate"), reader.time(takeElement),
+                                       type == QLatin1String("dark"), lines, lineRate, reader.time(takeElement),
                                        std::move(bands));
         }
         session->m_lines.push_back(std::move(zelLine));

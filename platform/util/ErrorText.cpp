@@ -1,5 +1,6 @@
 #include <platform/util/ErrorText.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace util {
@@ -40,6 +41,26 @@ void rethrowNaming(const std::string& what, const std::string& path)
             std::throw_with_nested(std::runtime_error(text));
         }
     }
+}
+
+std::string excerpt(const QString& text)
+{
+    if (text.size() <= sMaxQuotedChars)
+        return text.toStdString();
+    qsizetype end = sMaxQuotedChars;
+    // Keep a surrogate pair whole.
+    if (text.at(end - 1).isHighSurrogate())
+        --end;
+    return text.left(end).toStdString() + "...";
+}
+
+std::string excerpt(const std::string& text)
+{
+    // Counting characters needs the decoded text; short texts are taken as
+    // they are (a text of at most sMaxQuotedChars bytes has no more characters).
+    if (text.size() <= std::size_t(sMaxQuotedChars))
+        return text;
+    return excerpt(QString::fromUtf8(text.data(), qsizetype(std::min<std::size_t>(text.size(), 4 * sMaxQuotedChars + 4))));
 }
 
 } // namespace util

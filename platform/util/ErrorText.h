@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <exception>
 #include <string>
 
@@ -16,5 +18,15 @@ std::string fullMessage(const std::exception& error);
 /// any other exception is rethrown unchanged. The reader's own texts thus
 /// stay word for word, and fullMessage() names the file.
 [[noreturn]] void rethrowNaming(const std::string& what, const std::string& path);
+
+/// How many characters of a file's text a message quotes at most.
+inline constexpr int sMaxQuotedChars = 200;
+
+/// Text taken from an input file, fit to be put into a message: the first
+/// sMaxQuotedChars characters, followed by "..." when the text is longer. A
+/// character is never cut in two.
+std::string excerpt(const QString& text);
+/// The same for UTF-8 text.
+std::string excerpt(const std::string& text);
 
 } // namespace util

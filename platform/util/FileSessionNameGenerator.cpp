@@ -1,5 +1,8 @@
 #include <platform/util/FileSessionNameGenerator.h>
 
+#include <platform/util/ErrorText.h>
+#include <platform/util/XmlNesting_p.h>
+
 #include <QDomDocument>
 #include <QRegularExpression>
 
@@ -21,8 +24,9 @@ QString FileSessionNameGenerator::patternText(const QString& pattern)
     const QString trimmed = pattern.trimmed();
     if (!trimmed.startsWith(QLatin1Char('<')))
         return pattern;
+    const QByteArray fragment = "<fragment>" + trimmed.toUtf8() + "</fragment>";
     QDomDocument document;
-    if (!document.setContent(QStringLiteral("<fragment>") + trimmed + QStringLiteral("</fragment>")))
+    if (!XmlNesting::error(fragment, QString()).isEmpty() || !document.setContent(fragment))
         return pattern;
     return document.documentElement().text().trimmed();
 }
@@ -30,7 +34,7 @@ QString FileSessionNameGenerator::patternText(const QString& pattern)
 std::string FileSessionNameGenerator::createNameFromPattern() const
 {
     const QString pattern = patternText(m_pattern);
-    auto fail = [&](const QString& what) { throw std::runtime_error(what.toStdString() + pattern.toStdString()); };
+    auto fail = [&](const QString& what) { throw std::runtime_error(what.toStdString() + excerpt(pattern)); };
 
     QString result;
     qsizetype at = 0;
@@ -67,10 +71,11 @@ std::string FileSessionNameGenerator::createNameFromPattern() const
             result += QString::fromStdString(m_options.sessionId);
         } else if (!token.contains(QRegularExpression(QStringLiteral("[^yMdhHmsz]")))) {
             if (!m_options.start.isValid())
-                fail(QStringLiteral("Naming pattern needs a value that is not known ($%1$): ").arg(token));
+                fail(QStringLiteral("Naming pattern needs a value that is not known ($%1$): ")
+                         .arg(QString::fromStdString(excerpt(token))));
             result += m_options.start.toUTC().toString(token);
         } else {
-            fail(QStringLiteral("Unknown token $%1$ in naming pattern: ").arg(token));
+            fail(QStringLiteral("Unknown token $%1$ in naming pattern: ").arg(QString::fromStdString(excerpt(token))));
         }
     }
     return result.toStdString();

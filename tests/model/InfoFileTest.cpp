@@ -147,16 +147,20 @@ TEST_F(InfoFileTest, OnlyTheFirstElementOfAKeyIsUsed)
     EXPECT_EQ(info.lineNumber(), 0) << "a line number that does not convert gives 0";
 }
 
-TEST_F(InfoFileTest, MissingFileIsReported)
+TEST_F(InfoFileTest, MissingMalformedAndTooDeepFilesAreReported)
 {
-    const std::string path = dir.filePath("L1_PANF28A.info").toStdString();
-    EXPECT_EQ(thrownMessage([&] { parse(path); }), "Cannot open .info file: " + path);
-}
+    const std::string missing = dir.filePath("L1_PANF28A.info").toStdString();
+    EXPECT_EQ(thrownMessage([&] { parse(missing); }), "Cannot open .info file: " + missing);
 
-TEST_F(InfoFileTest, MalformedXmlIsReported)
-{
-    const std::string path = write("L1_PANF28A.info", "<info><sensor_type>ZEL</info>");
-    EXPECT_EQ(thrownMessage([&] { parse(path); }), "Cannot open parse XLM .info file: " + path);
+    const std::string malformed = write("L2_PANF28A.info", "<info><sensor_type>ZEL</info>");
+    EXPECT_EQ(thrownMessage([&] { parse(malformed); }), "Cannot open parse XLM .info file: " + malformed);
+
+    // Refused before a DOM is built; 256 levels still parse.
+    const std::string deep = write("L3_PANF28A.info", testsupport::nestedXml(100000, "a"));
+    EXPECT_EQ(testsupport::invalidFileMessage([&] { parse(deep); }), deep + ": XML nested deeper than 256 elements");
+    const std::string deepest =
+        write("L4_PANF28A.info", testsupport::nestedXml(255, "a", "<sensor_type>ZEL</sensor_type>"));
+    EXPECT_EQ(parse(deepest).sensorType(), "ZEL");
 }
 
 TEST_F(InfoFileTest, StartAndStopPositionFailuresHaveTheirOwnMessages)
@@ -201,9 +205,13 @@ TEST_F(InfoFileTest, UnparsableTimeNamesTheText)
         "D_PANF28A.info", "<i><flight_start><time>31 February 2009, 10:00:00</time></flight_start></i>");
     EXPECT_EQ(thrownMessage([&] { parse(badFlightStart); }), "Cannot parse time: 31 February 2009, 10:00:00");
 
+    // Month names are English; a long text is cut in the message.
     const std::string germanMonth = write(
         "E_PANF28A.info", "<i><flight_start><time>7 März 2009, 10:00:00</time></flight_start></i>");
     EXPECT_EQ(thrownMessage([&] { parse(germanMonth); }), "Cannot parse time: 7 März 2009, 10:00:00");
+    const std::string longText = write("F_PANF28A.info", "<i><flight_start><time>7 März " + QByteArray(5000, '9')
+                                                             + "</time></flight_start></i>");
+    EXPECT_EQ(thrownMessage([&] { parse(longText); }), "Cannot parse time: 7 März " + std::string(193, '9') + "...");
 }
 
 TEST_F(InfoFileTest, StripNameIsTheShortestPrefixBeforeABandCode)

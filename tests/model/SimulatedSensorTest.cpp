@@ -16,6 +16,8 @@
 #include <QTemporaryDir>
 
 #include <cmath>
+#include <utility>
+#include <vector>
 
 using datamodel::Sensor;
 
@@ -58,15 +60,60 @@ TEST(SimulatedSensor, CameraFileAndFlightDataMatchTheSimulation)
     EXPECT_EQ(sensor.band("NOPE"), nullptr);
 }
 
-TEST(SimulatedSensor, BadCameraFiles)
+TEST(SimulatedSensor, BadCameraFilesNameTheFileAndTheProblem)
 {
     using testsupport::thrownMessage;
     QTemporaryDir dir;
     const std::string missing = dir.filePath(QStringLiteral("none.xml")).toStdString();
     EXPECT_EQ(thrownMessage([&] { Sensor::fromCameraFile(missing); }), "Cannot open camera file: " + missing);
-    const std::string noFocal = testsupport::writeFile(
-        dir, QStringLiteral("c.xml"),
-        "<Camera version=\"1.0\"><Serial>7</Serial><Type>ZEL</Type><CalibrationVersion>1</CalibrationVersion></Camera>");
-    EXPECT_EQ(thrownMessage([&] { Sensor::fromCameraFile(noFocal); }), "Invalid camera file " + noFocal + ": no <FocalLength>");
     EXPECT_EQ(thrownMessage([] { Sensor("12a", "ZEL").idAsInt(); }), "The sensor ID for this camera is not numeric! (12a)");
+
+    const QByteArray good = R"(<Camera version="1.0"><Serial>7</Serial><Type>ZEL</Type>
+        <CalibrationVersion>1</CalibrationVersion><FocalLength>62.5</FocalLength><PixelSize>0.0065</PixelSize>
+        <PixelsPerLine>12000</PixelsPerLine><Misalignment omega="0.001" phi="0" kappa="0"/>
+        <NominalZOffset>0.35</NominalZOffset><Bands>
+        <Band name="PANF28A" analogChannel="0" tdiStages="1" x="33.2" y="-38.9" lookAngleDeg="28"/></Bands></Camera>)";
+    const std::string path = dir.filePath(QStringLiteral("Camera.xml")).toStdString();
+    auto read = [&](const QByteArray& content) {
+        testsupport::writeFile(dir, QStringLiteral("Camera.xml"), content);
+        return Sensor::fromCameraFile(path);
+    };
+    EXPECT_EQ(read(good).bands().front().lookAngleDeg, 28.0);
+
+    // Each case breaks one thing; every refusal is an InvalidFileError naming the file.
+    const std::vector<std::pair<std::pair<QByteArray, QByteArray>, std::string>> cases = {
+        {{"<CalibrationVersion>1<", "<CalibrationVersion>-1<"}, "<CalibrationVersion> is -1; it must be 0 or more"},
+        {{"<CalibrationVersion>1<", "<CalibrationVersion>v3<"}, "<CalibrationVersion> is not a whole number: v3"},
+        {{"<CalibrationVersion>1<", "<CalibrationVersion>1.5<"}, "<CalibrationVersion> is not a whole number: 1.5"},
+        {{"<Serial>7</Serial>", ""}, "no <Serial>"},
+        {{"<Serial>7<", "<Serial> <"}, "<Serial> is empty"},
+        {{"<Serial>7<", "<Serial>ABC<"}, "<Serial> is not a decimal number: ABC"},
+        {{"<FocalLength>62.5<", "<FocalLength>0<"}, "<FocalLength> is 0; it must be above 0"},
+        {{"<PixelSize>0.0065<", "<PixelSize>nan<"}, "<PixelSize> is not a number: nan"},
+        {{"<PixelsPerLine>12000<", "<PixelsPerLine>-3<"}, "<PixelsPerLine> is -3; it must be 1 or more"},
+        {{"omega=\"0.001\"", "omega=\"4\""}, "<Misalignment> omega is 4; it must be within -pi to pi radians"},
+        {{"lookAngleDeg=\"28\"", "lookAngleDeg=\"95\""}, "band PANF28A lookAngleDeg is 95; it must be between -90 and 90 degrees"},
+        {{"tdiStages=\"1\"", "tdiStages=\"0\""}, "band PANF28A tdiStages is 0; it must be 1 or more"},
+        {{"</Bands>", "<Band name=\"PANF28A\" analogChannel=\"1\" x=\"0\" y=\"0\" lookAngleDeg=\"0\"/></Bands>"},
+         "band PANF28A is described twice"},
+        {{"<Bands>", "<Nothing>"}, "no <Band> in <Bands>"},
+        {{"version=\"1.0\"", "version=\"2\""}, "unknown version \"2\""},
+        {{"<Camera ", "<Kamera "}, "the root element is <Kamera>, not <Camera>"},
+    };
+    for (const auto& [edit, problem] : cases) {
+        SCOPED_TRACE(problem);
+        QByteArray content = good;
+        content.replace(edit.first, edit.second);
+        if (edit.first == "<Camera ")
+            content.replace("</Camera>", "</Kamera>");
+        if (edit.first == "<Bands>")
+            content.replace("</Bands>", "</Nothing>");
+        EXPECT_EQ(testsupport::invalidFileMessage([&] { read(content); }), "Invalid camera file " + path + ": " + problem);
+    }
+    EXPECT_EQ(testsupport::invalidFileMessage([&] { read("garbage"); }).rfind("Cannot parse camera file: " + path + ": ", 0), 0u);
+    EXPECT_EQ(testsupport::invalidFileMessage([&] { read(testsupport::nestedXml(257, "Camera")); }),
+              path + ": XML nested deeper than 256 elements");
+    // A value from the file is quoted up to 200 characters.
+    EXPECT_EQ(testsupport::invalidFileMessage([&] { read(QByteArray(good).replace("<Serial>7<", "<Serial>" + QByteArray(5000, 'x') + "<")); }),
+              "Invalid camera file " + path + ": <Serial> is not a decimal number: " + std::string(200, 'x') + "...");
 }

@@ -408,10 +408,18 @@ TEST_F(StripFileTest, StripFileProblemsAreReported)
     EXPECT_EQ(thrownMessage([&] { take.parseStpFile(brokenPath); }),
               "error parsing xml file:" + brokenPath + ": " + parserText.toStdString());
 
-    // The element's own messages come through.
+    const std::string deepPath = session.write("raw/deep.stp", testsupport::nestedXml(300, "Strip"));
+    EXPECT_EQ(testsupport::invalidFileMessage([&] { take.parseStpFile(deepPath); }),
+              deepPath + ": XML nested deeper than 256 elements");
+
+    // The element's own messages come through, quoting at most 200 characters.
     const std::string wrongPath = session.write("raw/wrong.stp", "<Block/>");
     EXPECT_EQ(thrownMessage([&] { take.parseStpFile(wrongPath); }),
               "wrong file format: expected \"Strip\" but saw \"Block\"");
+    const std::string versionPath =
+        session.write("raw/version.stp", "<Strip version=\"" + QByteArray(5000, '1') + "\"/>");
+    EXPECT_EQ(thrownMessage([&] { take.parseStpFile(versionPath); }),
+              "wrong file version: expected \"1.0\" but saw \"" + std::string(200, '1') + "...\"");
 }
 
 TEST_F(StripFileTest, DeletingTheStripFile)

@@ -7,6 +7,9 @@
 
 #include <QTemporaryDir>
 
+#include <utility>
+#include <vector>
+
 using testsupport::thrownMessage;
 
 namespace {
@@ -86,21 +89,42 @@ TEST(FlightData, BadFilesNameTheFileAndTheProblem)
     const std::string path = dir.filePath(QStringLiteral("FlightData.xml")).toStdString();
     EXPECT_EQ(thrownMessage([&] { flightdata::FlightDataFactory::instance().load(dir.path()); }),
               "Cannot open flight data file: " + path);
-    EXPECT_EQ(thrownMessage([&] { load(dir, "<FlightData>"); }).rfind("Cannot parse flight data file: " + path + ": ", 0), 0u);
+    // A file that is there but refused is an InvalidFileError, so that a
+    // caller can tell it from a missing file.
+    using testsupport::invalidFileMessage;
+    EXPECT_EQ(invalidFileMessage([&] { load(dir, "<FlightData>"); }).rfind("Cannot parse flight data file: " + path + ": ", 0), 0u);
+    EXPECT_EQ(invalidFileMessage([&] { load(dir, testsupport::nestedXml(100000, "FlightData")); }),
+              path + ": XML nested deeper than 256 elements");
 
-    QByteArray noSerial = sFlightData;
-    noSerial.replace(" serial=\"2004\"", "");
-    EXPECT_EQ(thrownMessage([&] { load(dir, noSerial); }),
-              "Invalid flight data file " + path + ": element <Sensor> has no attribute \"serial\"");
-    QByteArray badTime = sFlightData;
-    badTime.replace("utc=\"20260514083000\"", "utc=\"yesterday\"");
-    EXPECT_EQ(thrownMessage([&] { load(dir, badTime); }),
-              "Invalid flight data file " + path + ": attribute \"utc\" of <FlightStart> is not a time: yesterday");
-    QByteArray badType = sFlightData;
-    badType.replace("type=\"dark\"", "type=\"grey\"");
-    EXPECT_EQ(thrownMessage([&] { load(dir, badType); }),
-              "Invalid flight data file " + path + ": take type \"grey\" is neither \"image\" nor \"dark\"");
-    QByteArray version = sFlightData;
-    version.replace("<FlightData version=\"1.0\"", "<FlightData version=\"2.0\"");
-    EXPECT_EQ(thrownMessage([&] { load(dir, version); }), "Invalid flight data file " + path + ": unknown version \"2.0\"");
+    // Each case breaks one thing.
+    const std::vector<std::pair<std::pair<QByteArray, QByteArray>, std::string>> cases = {
+        {{" serial=\"2004\"", ""}, "element <Sensor> has no attribute \"serial\""},
+        {{"serial=\"2004\"", "serial=\" \""}, "attribute \"serial\" of <Sensor> is empty"},
+        {{"utc=\"20260514083000\"", "utc=\"yesterday\""}, "attribute \"utc\" of <FlightStart> is not a time: yesterday"},
+        {{"type=\"dark\"", "type=\"grey\""}, "take type \"grey\" is neither \"image\" nor \"dark\""},
+        {{"<FlightData version=\"1.0\"", "<FlightData version=\"2.0\""}, "unknown version \"2.0\""},
+        {{"id=\"S260514_0830\"", "id=\"../up\""}, "attribute \"id\" of <Session> is ../up; it must be a folder name"},
+        {{"gpsWeek=\"2418\" gpsSeconds=\"376218.000000\"", "gpsWeek=\"-1\" gpsSeconds=\"376218.000000\""},
+         "attribute \"gpsWeek\" of <FlightStart> is -1; it must be 0 or more"},
+        {{"gpsSeconds=\"376218.000000\"", "gpsSeconds=\"604800\""},
+         "attribute \"gpsSeconds\" of <FlightStart> is 604800; it must be at least 0 and below 604800 (seconds of a GPS week)"},
+        {{"gpsSeconds=\"376218.000000\"", "gpsSeconds=\"inf\""}, "attribute \"gpsSeconds\" of <FlightStart> is not a number: inf"},
+        {{"number=\"2\"", "number=\"0\""}, "attribute \"number\" of <Line> is 0; it must be 1 or more"},
+        {{"lines=\"200\"", "lines=\"1e300\""}, "attribute \"lines\" of <Take> is not an integer: 1e300"},
+        {{"lines=\"200\"", "lines=\"-5\""}, "attribute \"lines\" of <Take> is -5; it must be 0 or more"},
+        {{"lineRate=\"800.000\"", "lineRate=\"0\""}, "attribute \"lineRate\" of <Take> is 0; it must be above 0"},
+        {{"analogChannel=\"5\"", "analogChannel=\"-1\""}, "attribute \"analogChannel\" of <Band> is -1; it must be 0 or more"},
+        {{"integrationTimeMs=\"2.500\"", "integrationTimeMs=\"-2.5\""},
+         "attribute \"integrationTimeMs\" of <Band> is -2.5; it must be above 0"},
+        {{"tdiStages=\"2\"", "tdiStages=\"two\""}, "attribute \"tdiStages\" of <Band> is not an integer: two"},
+        {{"type=\"dark\"", "type=\"" + QByteArray(1000, 'd') + "\""},
+         "take type \"" + std::string(200, 'd') + "...\" is neither \"image\" nor \"dark\""},
+    };
+    for (const auto& [edit, problem] : cases) {
+        SCOPED_TRACE(problem);
+        QByteArray content = sFlightData;
+        ASSERT_NE(content.indexOf(edit.first), -1);
+        content.replace(edit.first, edit.second);
+        EXPECT_EQ(invalidFileMessage([&] { load(dir, content); }), "Invalid flight data file " + path + ": " + problem);
+    }
 }

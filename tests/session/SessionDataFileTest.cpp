@@ -8,6 +8,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <utility>
+#include <vector>
+
 using datamodel::SessionDataFile;
 using testsupport::thrownMessage;
 
@@ -71,25 +74,50 @@ TEST_F(SessionDataFileTest, MissingSchemaAndInvalidFileAreErrors)
     EXPECT_EQ(thrownMessage([&] { SessionDataFile::load(session.path()); }),
               "Missing installation file " + SessionDataFile::schemaPath().toStdString());
 
+    // The message is as it stands; the schema's reasons follow it as the
+    // nested reason, with their lines.
     installSchema();
-    writeSessionData("<SessionData version=\"1.0\"><Other/></SessionData>");
-    EXPECT_EQ(thrownMessage([&] { SessionDataFile::load(session.path()); }),
-              "'" + SessionDataFile::path(session.path()).toStdString() + "' is not valid according to the schema in '"
-                  + SessionDataFile::schemaPath().toStdString() + "'");
+    const std::string invalid = "'" + SessionDataFile::path(session.path()).toStdString()
+                                + "' is not valid according to the schema in '"
+                                + SessionDataFile::schemaPath().toStdString() + "': ";
+    writeSessionData("<SessionData version=\"1.0\">\n<Other/></SessionData>");
+    EXPECT_EQ(thrownMessage([&] { SessionDataFile::load(session.path()); }), invalid.substr(0, invalid.size() - 2));
+    const std::string message = testsupport::invalidFileMessage([&] { SessionDataFile::load(session.path()); });
+    EXPECT_EQ(message.rfind(invalid + "line 2: Element 'Other': ", 0), 0u) << message;
+
+    writeSessionData(testsupport::nestedXml(300, "SessionData"));
+    EXPECT_EQ(testsupport::invalidFileMessage([&] { SessionDataFile::load(session.path()); }),
+              invalid + SessionDataFile::path(session.path()).toStdString() + ": XML nested deeper than 256 elements");
 }
 
-TEST_F(SessionDataFileTest, OtherVersionsAndPatternCountsLoadNothing)
+TEST_F(SessionDataFileTest, OtherVersionsAndPatternCountsLoadNothingButSayWhy)
 {
     installSchema();
-    writeSessionData("<SessionData version=\"1.1\"><FileNamingPattern>x</FileNamingPattern></SessionData>");
-    EXPECT_FALSE(SessionDataFile::load(session.path()).has_value());
-    writeSessionData("<SessionData><FileNamingPattern>x</FileNamingPattern></SessionData>");
-    EXPECT_FALSE(SessionDataFile::load(session.path()).has_value());
-    writeSessionData("<SessionData version=\"1.0\"><FileNamingPattern>x</FileNamingPattern>"
-                     "<FileNamingPattern>y</FileNamingPattern></SessionData>");
-    EXPECT_FALSE(SessionDataFile::load(session.path()).has_value());
-    writeSessionData("<SessionData version=\"1.0\"/>");
-    EXPECT_FALSE(SessionDataFile::load(session.path()).has_value());
+    QString reason = QStringLiteral("stale");
+    EXPECT_FALSE(SessionDataFile::load(session.path(), &reason).has_value());
+    EXPECT_EQ(reason, QString()) << "no file is nothing to report";
+
+    const QString file = SessionDataFile::path(session.path()) + QStringLiteral(": ");
+    const std::vector<std::pair<QByteArray, QString>> cases = {
+        {"<SessionData version=\"2.0\"><FileNamingPattern>x</FileNamingPattern></SessionData>",
+         QStringLiteral("version \"2.0\" is not \"1.0\"")},
+        {"<SessionData><FileNamingPattern>x</FileNamingPattern></SessionData>",
+         QStringLiteral("<SessionData> has no version")},
+        {"<SessionData version=\"1.0\"><FileNamingPattern>x</FileNamingPattern>"
+         "<FileNamingPattern>y</FileNamingPattern></SessionData>",
+         QStringLiteral("2 <FileNamingPattern> elements instead of one")},
+        {"<SessionData version=\"1.0\"/>", QStringLiteral("0 <FileNamingPattern> elements instead of one")},
+    };
+    for (const auto& [content, why] : cases) {
+        SCOPED_TRACE(why.toStdString());
+        writeSessionData(content);
+        EXPECT_FALSE(SessionDataFile::load(session.path()).has_value());
+        EXPECT_FALSE(SessionDataFile::load(session.path(), &reason).has_value());
+        EXPECT_EQ(reason, file + why);
+    }
+    writeSessionData("<SessionData version=\"1.0\"><FileNamingPattern>x</FileNamingPattern></SessionData>");
+    EXPECT_EQ(SessionDataFile::load(session.path(), &reason).value(), QStringLiteral("x"));
+    EXPECT_EQ(reason, QString());
 }
 
 TEST_F(SessionDataFileTest, UnwritableFileIsReported)

@@ -8,6 +8,9 @@
 #include <datamodel/model/InfoFile.h>
 #include <datamodel/model/TakeManager.h>
 
+#include <platform/util/ErrorText.h>
+#include <platform/util/InvalidFileError.h>
+
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
@@ -176,6 +179,29 @@ std::string thrownMessage(F&& f)
         f();
     } catch (const std::runtime_error& e) {
         return e.what();
+    }
+    return "<nothing thrown>";
+}
+
+/// `inner` wrapped in `depth` elements named `tag`: a document nested too
+/// deep for the readers when depth is above 256.
+inline QByteArray nestedXml(int depth, const QByteArray& tag, const QByteArray& inner = {})
+{
+    return ("<" + tag + ">").repeated(depth) + inner + ("</" + tag + ">").repeated(depth);
+}
+
+/// The full message (nested reasons included) of the util::InvalidFileError
+/// that `f` throws, or a note of
+/// what else happened.
+template <typename F>
+std::string invalidFileMessage(F&& f)
+{
+    try {
+        f();
+    } catch (const util::InvalidFileError& e) {
+        return util::fullMessage(e);
+    } catch (const std::exception& e) {
+        return std::string("<not an InvalidFileError> ") + e.what();
     }
     return "<nothing thrown>";
 }
