@@ -668,7 +668,9 @@ std::shared_ptr<flightdata::SessionInterface> RecordingSession::flightDataSessio
             m_flightData = flightdata::FlightDataFactory::instance().load(QString::fromStdString(m_sessionPath)
                                                                           + QStringLiteral("/mm"));
         } catch (const std::exception&) {
-            throw std::runtime_error("Can't find flight data XML; expected it in: " + m_sessionPath + "/mm/");
+            // The reader's reason travels with the message.
+            std::throw_with_nested(
+                std::runtime_error("Can't find flight data XML; expected it in: " + m_sessionPath + "/mm/"));
         }
     }
     return m_flightData;
@@ -732,7 +734,9 @@ bool RecordingSession::loadFileNamePattern()
         m_fileNamingPattern = setting.toStdString();
         return true;
     }
-    const std::optional<QString> pattern = SessionDataFile::load(QString::fromStdString(m_sessionPath));
+    QString reason;
+    const std::optional<QString> pattern = SessionDataFile::load(QString::fromStdString(m_sessionPath), &reason);
+    m_fileNamePatternIgnored = reason.toStdString();
     if (!pattern)
         return false;
     m_fileNamingPattern = pattern->toStdString();

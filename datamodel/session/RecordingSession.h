@@ -181,6 +181,9 @@ public:
     /// Why the file naming pattern could not be loaded when the session was
     /// opened without throwing for it; empty otherwise.
     const std::string& fileNamePatternError() const { return m_fileNamePatternError; }
+    /// Why the session data file, which is there, gave no file naming
+    /// pattern (another version, no or two patterns); empty otherwise.
+    const std::string& fileNamePatternIgnored() const { return m_fileNamePatternIgnored; }
     /// The files of the session's folders that takes() and imuTrajectories()
     /// have met but left out (a dangling link, a pipe or folder in a file's
     /// place, an unreadable file), each once, in the order met.
@@ -232,6 +235,7 @@ private:
     std::string m_sessionNamingPattern;
     std::string m_fileNamingPattern;
     std::string m_fileNamePatternError;
+    std::string m_fileNamePatternIgnored;
     mutable std::vector<SkippedFile> m_skippedFiles;
 };
 

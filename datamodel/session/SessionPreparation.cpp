@@ -12,6 +12,8 @@
 #include <datamodel/trajectory/SbetFile.h>
 #include <datamodel/trajectory/SolFile.h>
 
+#include <platform/flightdata/FlightDataFactory.h>
+#include <platform/flightdata/SessionInterface.h>
 #include <platform/util/ErrorText.h>
 #include <platform/util/ProgressInterface.h>
 
@@ -90,6 +92,8 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
     }
     const std::string& where = session->directory();
     report.sessionDirectory = where;
+    if (!session->fileNamePatternIgnored().empty())
+        report.warning(where, session->fileNamePatternIgnored() + "; the session has no file naming pattern");
     if (!session->fileNamePatternError().empty())
         report.error(SessionDataFile::path(QString::fromStdString(session->sessionPath())).toStdString(),
                      session->fileNamePatternError() + "; the session is prepared without its file naming pattern");
@@ -107,6 +111,24 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
     }
     if (allTakes.empty())
         report.error(where, "No takes in " + where);
+
+    // The recorder's files that the session reads quietly (it falls back to
+    // the band files without them): a file that is there but refused is an
+    // error of the flight.
+    std::string cameraFile;
+    try {
+        cameraFile = session->flightDataSession()->cameraFile();
+    } catch (const std::exception& e) {
+        if (QFileInfo::exists(QString::fromStdString(session->sessionPath() + "/mm/" + flightdata::FlightDataFactory::sFileName)))
+            report.error(where, util::fullMessage(e));
+    }
+    if (!cameraFile.empty() && QFileInfo::exists(QString::fromStdString(cameraFile))) {
+        try {
+            (void)Sensor::fromCameraFile(cameraFile);
+        } catch (const std::exception& e) {
+            report.error(cameraFile, util::fullMessage(e));
+        }
+    }
 
     try {
         const Sensor& sensor = session->sensor();
