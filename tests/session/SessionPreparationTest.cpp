@@ -242,7 +242,15 @@ TEST_F(SessionPreparationTest, WhatCannotBeUsedIsReportedAndTheRestPrepared)
     EXPECT_EQ(report.messages[2].subject, (procFolder + QStringLiteral("/sbet_folder.out")).toStdString());
     EXPECT_EQ(report.messages[2].text, "Left out of the session: a folder, not a file");
 
-    // Marks that cannot be time marks write no CTG file.
+    // Marks that cannot be time marks write no CTG file; a camera file that
+    // is there but refused is an error, not a missing calibration.
+    QFile camera(session() + QStringLiteral("/mm/Camera.xml"));
+    ASSERT_TRUE(camera.open(QIODevice::ReadOnly));
+    const QByteArray cameraXml = camera.readAll().replace("<CalibrationVersion>1<", "<CalibrationVersion>-1<");
+    camera.close();
+    ASSERT_TRUE(camera.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    camera.write(cameraXml);
+    camera.close();
     QFile marks(QString::fromStdString(report.timeMarks->file));
     ASSERT_TRUE(marks.open(QIODevice::WriteOnly));
     marks.write(QByteArray(16 * 50, '\0'));
@@ -254,6 +262,9 @@ TEST_F(SessionPreparationTest, WhatCannotBeUsedIsReportedAndTheRestPrepared)
     EXPECT_EQ(zeros.ctgCount(CtgStatus::Written), 0u);
     EXPECT_NE(messages(zeros).find("Time-mark file " + report.timeMarks->file
                                    + ": the GPS times of the marks do not advance (period 0 s)"),
+              std::string::npos)
+        << messages(zeros);
+    EXPECT_NE(messages(zeros).find("error [" + camera.fileName().toStdString() + "] Invalid camera file "),
               std::string::npos)
         << messages(zeros);
 }
