@@ -3,6 +3,7 @@
 #include <datamodel/trajectory/PosFile.h>
 
 #include <platform/raster/CtFile.h>
+#include <platform/util/RegularFile.h>
 
 #include <QFile>
 #include <QFileInfo>
@@ -92,8 +93,9 @@ FileKind::Kind FileKind::fromName(const QString& path)
 
 FileKind::Kind FileKind::fromContent(const QString& path)
 {
+    // A pipe or a folder is never opened: reading it could wait forever.
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!util::openRegularFile(file))
         return Unknown;
     const QByteArray head = file.peek(sSolRecordBytes + 2);
     if (head.startsWith(raster::CtFile::sSignature))
@@ -112,7 +114,7 @@ std::string FileKind::implausibility(const QString& path, Kind named)
     if (named != TimeMarks && named != Ctg)
         return {};
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!util::openRegularFile(file))
         return {}; // the reader says why it cannot open the file
     const std::string name = path.toStdString();
     const QByteArray head = file.peek(sTimeMarkRecordBytes);

@@ -1,12 +1,8 @@
 #include "TrajectoryFile.h"
 
+#include <datamodel/trajectory/ImuTrajectory.h>
 #include <datamodel/trajectory/SbetFile.h>
 #include <datamodel/trajectory/SolFile.h>
-
-#include <platform/util/ErrorText.h>
-
-#include <exception>
-#include <stdexcept>
 
 namespace dataprep {
 
@@ -18,19 +14,9 @@ TrajectoryFile::TrajectoryFile(Format format, std::unique_ptr<datamodel::PosFile
 
 TrajectoryFile TrajectoryFile::open(const QString& path)
 {
-    const std::string name = path.toStdString();
-    std::string solReason;
-    try {
-        return TrajectoryFile(Format::Sol, std::make_unique<datamodel::SolFile>(name));
-    } catch (const std::exception& e) {
-        solReason = util::fullMessage(e);
-    }
-    try {
-        return TrajectoryFile(Format::Sbet, std::make_unique<datamodel::SbetFile>(name));
-    } catch (const std::exception& e) {
-        throw std::runtime_error(name + " is neither a SOL nor an SBET file (SOL reader: " + solReason
-                                 + "; SBET reader: " + util::fullMessage(e) + ")");
-    }
+    std::unique_ptr<datamodel::PosFile> reader = datamodel::ImuTrajectory::openReader(path.toStdString());
+    const Format format = dynamic_cast<const datamodel::SolFile*>(reader.get()) ? Format::Sol : Format::Sbet;
+    return TrajectoryFile(format, std::move(reader));
 }
 
 TrajectoryFile TrajectoryFile::openAccuracy(const QString& path)

@@ -636,8 +636,13 @@ std::unique_ptr<ImuTrajectory> RecordingSession::createImuTrajectory(const ImuTr
     const std::vector<ImuTrajectoryId*> known = imuTrajectories();
     if (std::none_of(known.begin(), known.end(), [&](const ImuTrajectoryId* k) { return k && *k == id; }))
         throw std::runtime_error("IMU Trajectory no longer exists: " + id.toString());
+    return std::make_unique<ImuTrajectory>(imuTrajectoryPath(id));
+}
+
+std::string RecordingSession::imuTrajectoryPath(const ImuTrajectoryId& id) const
+{
     const std::string folder = id.isRealtime() ? "/extract/" : "/proc/";
-    return std::make_unique<ImuTrajectory>(findGpsImuDirectory() + folder + id.name());
+    return findGpsImuDirectory() + folder + id.name();
 }
 
 QDate RecordingSession::flightDate() const

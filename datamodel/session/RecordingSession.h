@@ -156,6 +156,10 @@ public:
     /// else in proc/); the caller owns it. Throws "IMU Trajectory no longer
     /// exists: " + the id's string form when the id is not in the list.
     std::unique_ptr<ImuTrajectory> createImuTrajectory(const ImuTrajectoryId& id) const;
+    /// The path of the trajectory file of `id`: in extract/ for a real-time
+    /// one, else in proc/ of the GNSS/IMU folder. Throws what
+    /// findGpsImuDirectory() throws.
+    std::string imuTrajectoryPath(const ImuTrajectoryId& id) const;
     /// The date of the flight, from the flight data or the first take's info file.
     QDate flightDate() const;
     /// The recorder's flight data, read once from the mm folder. Throws

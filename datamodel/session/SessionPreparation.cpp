@@ -48,6 +48,53 @@ bool isRawFolderOfSession(const QFileInfo& folder)
     return parent.exists(QStringLiteral("gps-imu")) || parent.exists(QStringLiteral("mm"));
 }
 
+// An SBET file without standard deviations is still a trajectory, but the
+// coverage and the quality of what is made from it take default ones: say
+// so, and why, naming the accuracy file.
+void reportAccuracyFile(const SbetFile& sbet, const std::string& name, PreparationReport& report)
+{
+    if (sbet.hasStdDevs())
+        return;
+    const std::string accuracy = SbetFile::accuracyFileName(sbet.fileName());
+    const std::string defaults = "Standard deviations are defaults for " + name;
+    if (!QFileInfo::exists(QString::fromStdString(accuracy)))
+        report.warning(accuracy, defaults + ": there is no accuracy file " + accuracy);
+    else
+        report.warning(accuracy, defaults + ": the accuracy file " + accuracy + " cannot be used: "
+                                     + sbet.accuracyFileError());
+}
+
+// The session lists readable files only: an entry named like a trajectory
+// that is a folder, a pipe, a link to nothing or an unreadable file is left
+// out of the list, but not without a word.
+void reportEntriesNotTaken(const RecordingSession& session, PreparationReport& report)
+{
+    QDir proc;
+    try {
+        proc.setPath(QString::fromStdString(session.findGpsImuDirectory() + "/proc/"));
+    } catch (const std::exception&) {
+        return; // the trajectory listing has reported it
+    }
+    const QFileInfoList entries = proc.entryInfoList(
+        {QStringLiteral("*.sol"), QStringLiteral("*.sbet"), QStringLiteral("sbet*.out")},
+        QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QFileInfo& entry : entries) {
+        std::string what;
+        if (entry.isSymLink() && !entry.exists())
+            what = "is a link to " + entry.symLinkTarget().toStdString() + ", which does not exist";
+        else if (entry.isDir())
+            what = "is a folder";
+        else if (!entry.isFile())
+            what = "is not a regular file (a pipe, a socket or a device)";
+        else if (!entry.isReadable())
+            what = "cannot be read";
+        else
+            continue;
+        const std::string path = QDir::cleanPath(entry.absoluteFilePath()).toStdString();
+        report.warning(path, path + " " + what + ": not taken as a trajectory");
+    }
+}
+
 struct OpenTrajectory {
     std::unique_ptr<ImuTrajectory> trajectory;
     std::string name;
@@ -164,12 +211,16 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                 TrajectorySummary summary;
                 summary.name = id->name();
                 try {
-                    std::unique_ptr<ImuTrajectory> trajectory = session->createImuTrajectory(*id);
-                    summary.path = trajectory->fileName();
+                    // Opened as createImuTrajectory() opens it, keeping why
+                    // neither reader took a file.
+                    summary.path = session->imuTrajectoryPath(*id);
+                    auto trajectory = std::make_unique<ImuTrajectory>(ImuTrajectory::openReader(summary.path));
                     if (dynamic_cast<const SolFile*>(trajectory->reader()))
                         summary.format = "SOL";
-                    else if (dynamic_cast<const SbetFile*>(trajectory->reader()))
+                    else if (const auto* sbet = dynamic_cast<const SbetFile*>(trajectory->reader())) {
                         summary.format = "SBET";
+                        reportAccuracyFile(*sbet, id->name(), report);
+                    }
                     summary.opened = true;
                     summary.records = trajectory->numSets();
                     summary.recordIntervalSec = trajectory->frequency();
@@ -181,13 +232,14 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                     trajectories.push_back({std::move(trajectory), id->name()});
                 } catch (const std::exception& e) {
                     summary.error = util::fullMessage(e);
-                    report.error(id->name(), summary.error);
+                    report.error(summary.path.empty() ? id->name() : summary.path, summary.error);
                 }
                 report.trajectories.push_back(std::move(summary));
             }
         } catch (const std::exception& e) {
             report.error(where, util::fullMessage(e));
         }
+        reportEntriesNotTaken(*session, report);
         if (report.trajectories.empty())
             report.error(where, "Cannot find any IMU trajectories (SBET or SOL files).");
     }

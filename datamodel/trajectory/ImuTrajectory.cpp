@@ -6,6 +6,8 @@
 #include <datamodel/trajectory/SolFile.h>
 #include <datamodel/validation/ValidationTraverser.h>
 
+#include <platform/util/ErrorText.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -38,6 +40,29 @@ ImuTrajectory::ImuTrajectory(const std::string& fileName)
     } catch (const std::exception& e) {
         VNL_LOG_DEBUG(log(), fileName << " is not a SOL file (" << e.what() << "); reading it as an SBET file");
         m_reader = std::make_unique<SbetFile>(fileName);
+    }
+}
+
+ImuTrajectory::ImuTrajectory(std::unique_ptr<PosFile> reader)
+    : m_reader(std::move(reader))
+{
+    if (!m_reader)
+        throw std::invalid_argument("ImuTrajectory needs a reader");
+}
+
+std::unique_ptr<PosFile> ImuTrajectory::openReader(const std::string& fileName)
+{
+    std::string solReason;
+    try {
+        return std::make_unique<SolFile>(fileName);
+    } catch (const std::exception& e) {
+        solReason = util::fullMessage(e);
+    }
+    try {
+        return std::make_unique<SbetFile>(fileName);
+    } catch (const std::exception& e) {
+        throw std::runtime_error(fileName + " is neither a SOL nor an SBET file (SOL reader: " + solReason
+                                 + "; SBET reader: " + util::fullMessage(e) + ")");
     }
 }
 

@@ -25,6 +25,13 @@ public:
     /// Opens `fileName` as a SOL file or, when that fails, as an SBET file.
     /// Throws what opening the SBET file throws (PosFile, SbetFile).
     explicit ImuTrajectory(const std::string& fileName);
+    /// The trajectory read by `reader` (which must not be null).
+    explicit ImuTrajectory(std::unique_ptr<PosFile> reader);
+    /// Opens `fileName` as the constructor does, as a SOL file or else as an
+    /// SBET file, but says why neither reader took it: throws
+    /// std::runtime_error "<path> is neither a SOL nor an SBET file (SOL
+    /// reader: <reason>; SBET reader: <reason>)".
+    static std::unique_ptr<PosFile> openReader(const std::string& fileName);
     /// Takes the reader of `other`, which is left without one.
     ImuTrajectory(const ImuTrajectory& other);
     /// Destroys this trajectory's reader and takes the reader of `other`,

@@ -11,6 +11,7 @@
 #include <bit>
 #include <climits>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <numbers>
@@ -101,6 +102,21 @@ double loadDouble(const unsigned char* bytes)
     return value;
 }
 
+/// A number for a message: up to 12 significant digits, "nan", "inf".
+std::string numberText(double value)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.12g", value);
+    return text;
+}
+
+/// The largest step from one record to the next at the start of a file,
+/// and from the last record of a GPS week to the first record of the next
+/// that is taken for a week rollover, s. Trajectories are recorded many
+/// times a second.
+constexpr double sLargestStepSec = 3600.0;
+constexpr double sLargestRolloverStepSec = sLargestStepSec;
+
 } // namespace
 
 PosFile::PosFile(const std::string& fileName)
@@ -184,7 +200,7 @@ bool PosFile::readBytes(qint64 offset, void* buffer, qint64 size)
     return m_file.read(static_cast<char*>(buffer), size) == size;
 }
 
-void PosFile::checkFile(RecordTest test, bool testLastRecord)
+void PosFile::checkFile(RecordTest test, bool testLastRecord, RecordCheck check)
 {
     const qint64 recordBytes = m_recordBytes;
     const qint64 size = m_file.size();
@@ -214,11 +230,88 @@ void PosFile::checkFile(RecordTest test, bool testLastRecord)
     m_endTime = lastTime;
     m_numSets = int(count);
     m_position = 0;
+    checkRecords(testLastRecord, check);
     mapFileIndex(sIndexStep);
     VNL_LOG_DEBUG(log(), m_fileName << ": " << m_numSets << " records from " << m_startTime << " to " << m_endTime
                                     << (hasGpsRollover() ? " (GPS week rollover)" : "") << ", " << m_index.size()
                                     << " index entries" << (m_ordered ? "" : ", not in increasing order")
                                     << (size % recordBytes ? ", trailing partial record ignored" : ""));
+}
+
+void PosFile::checkRecords(bool testLastRecord, RecordCheck check)
+{
+    // Text or random bytes read as records mostly hold numbers no flight
+    // has (a latitude of 1e185); what is left (text of digits reads as
+    // numbers near 1e-77) does not rise in time from record to record.
+    // Reading a few records, not all of them, keeps opening a two-hour file
+    // well under a millisecond; the lookups are not slowed by a check.
+    const int last = testLastRecord ? m_numSets - 1 : m_numSets - 2;
+    std::vector<unsigned char> record(std::size_t(m_recordBytes), 0);
+    auto read = [&](int index) {
+        if (!readBytes(qint64(index) * m_recordBytes, record.data(), m_recordBytes))
+            throw std::runtime_error(m_layout.readError);
+        return loadDouble(record.data() + m_layout.timeOffset);
+    };
+    auto refuse = [](int index, const std::string& problem) {
+        throw std::runtime_error("Record " + std::to_string(index) + " is not valid: " + problem + ".");
+    };
+    auto inspect = [&](int index) {
+        const double time = read(index);
+        if (!isValidGpsTime(seconds(time)))
+            refuse(index, "its time " + numberText(time) + " s is not a GPS time of the week");
+        if (const std::string problem = check(record.data()); !problem.empty())
+            refuse(index, problem);
+    };
+
+    inspect(0);
+    double previous = read(0);
+    bool rolledOver = false;
+    for (int i = 1; i <= std::min(last, sRisingRecords - 1); ++i) {
+        const double time = read(i);
+        // Across the end of the week the time starts again near 0.
+        const bool rollover = !rolledOver && time < previous && time + sSecondsPerWeek - previous > 0.0
+            && time + sSecondsPerWeek - previous <= sLargestRolloverStepSec;
+        if (!(time > previous) && !rollover)
+            refuse(i, "its time " + numberText(time) + " s is not after the time " + numberText(previous)
+                          + " s of the record before it");
+        if (!rollover && time - previous > sLargestStepSec)
+            refuse(i, "its time " + numberText(time) + " s lies more than " + numberText(sLargestStepSec)
+                          + " s after the time " + numberText(previous) + " s of the record before it");
+        rolledOver = rolledOver || rollover;
+        previous = time;
+    }
+    for (long long i = sIndexStep; i < last; i += sIndexStep)
+        inspect(int(i));
+    if (last > 0)
+        inspect(last);
+}
+
+std::string PosFile::positionProblem(double latitudeRad, double longitudeRad, double heightM)
+{
+    if (!(std::abs(latitudeRad) <= std::numbers::pi / 2.0))
+        return "latitude " + numberText(latitudeRad) + " rad is outside [-pi/2, pi/2]";
+    if (!(std::abs(longitudeRad) <= std::numbers::pi))
+        return "longitude " + numberText(longitudeRad) + " rad is outside [-pi, pi]";
+    if (!(heightM >= sMinHeightM && heightM <= sMaxHeightM))
+        return "height " + numberText(heightM) + " m is outside [" + numberText(sMinHeightM) + ", "
+            + numberText(sMaxHeightM) + "]";
+    return {};
+}
+
+std::string PosFile::angleProblem(const char* name, double angleRad, double limitRad)
+{
+    if (!(std::abs(angleRad) <= limitRad))
+        return std::string(name) + " " + numberText(angleRad) + " rad is outside [-" + numberText(limitRad) + ", "
+            + numberText(limitRad) + "]";
+    return {};
+}
+
+std::string PosFile::stdDevProblem(const char* name, double value, const char* unit)
+{
+    if (!(value >= 0.0 && value <= sMaxStdDev))
+        return std::string(name) + " standard deviation " + numberText(value) + " " + unit + " is outside [0, "
+            + numberText(sMaxStdDev) + "]";
+    return {};
 }
 
 void PosFile::mapFileIndex(int step)

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstddef>
+#include <numbers>
 #include <string>
 #include <utility>
 #include <vector>
@@ -127,6 +128,31 @@ public:
     /// are deliberately linear: they never come near half a turn.
     void interpolate(const ImuRecord& a, const ImuRecord& b, ImuRecord& out) const;
 
+    // What a trajectory record can hold; the readers refuse a file whose
+    // records sampled at opening hold anything else.
+
+    /// What is wrong with a position (empty when nothing): latitude within
+    /// [-pi/2, pi/2] rad, longitude within [-pi, pi] rad, ellipsoidal height
+    /// within [sMinHeightM, sMaxHeightM].
+    static std::string positionProblem(double latitudeRad, double longitudeRad, double heightM);
+    /// What is wrong with an attitude angle (empty when nothing): within
+    /// [-limit, limit] rad (sTiltLimitRad for roll and pitch, sHeadingLimitRad
+    /// for headings, which some files carry unwrapped).
+    static std::string angleProblem(const char* name, double angleRad, double limitRad);
+    static constexpr double sTiltLimitRad = std::numbers::pi;
+    static constexpr double sHeadingLimitRad = 2000.0 * std::numbers::pi;
+    /// What is wrong with a standard deviation (empty when nothing): finite,
+    /// not negative and at most sMaxStdDev in its unit.
+    static std::string stdDevProblem(const char* name, double value, const char* unit);
+    /// Heights an aircraft's trajectory can have, m.
+    static constexpr double sMinHeightM = -1000.0;
+    static constexpr double sMaxHeightM = 100000.0;
+    /// The largest standard deviation taken for one, in the file's unit.
+    static constexpr double sMaxStdDev = 1.0e6;
+    /// Records at the start of a file whose times must rise, each at most an
+    /// hour after the one before it.
+    static constexpr int sRisingRecords = 16;
+
     /// Records per time-index entry of a file whose times increase.
     static constexpr int sIndexStep = 12000;
     static constexpr double sSecondsPerWeek = 604800.0;
@@ -149,6 +175,9 @@ protected:
     };
     /// What makes a record valid for the opening checks.
     using RecordTest = bool (*)(const unsigned char* record, double time);
+    /// What a record's fields can be: empty when they are plausible, else
+    /// what is wrong with them ("latitude 3.2 rad is outside ...").
+    using RecordCheck = std::string (*)(const unsigned char* record);
 
     /// Sets the record layout; called by the derived constructor before
     /// checkFile().
@@ -159,7 +188,17 @@ protected:
     /// "Failed to read first record from file.", "First record is not
     /// valid.", "Failed to move to last record.", "Failed to read last
     /// record." or "Last record is not valid.".
-    void checkFile(RecordTest test, bool testLastRecord);
+    ///
+    /// Then the records must look like a trajectory, which costs a few
+    /// dozen record reads whatever the file's length: the first records
+    /// (the last one only with `testLastRecord`) must rise in time, at most
+    /// an hour from record to record and crossing the end of the GPS week at
+    /// most once, and the first, the last (with
+    /// `testLastRecord`) and every sIndexStep-th record must hold a GPS time
+    /// of the week and pass `check`. Throws "Record <n> is not valid: " and
+    /// what is wrong.
+    void checkFile(RecordTest test, bool testLastRecord, RecordCheck check);
+
     void setHasStdDevs(bool hasStdDevs) { m_hasStdDevs = hasStdDevs; }
 
     /// Where a (rollover-adjusted) time lies: `first` is the record within
@@ -238,6 +277,8 @@ private:
     inline double adjustedTime(int index);
     inline void requireIndex(int index) const;
     void mapFile();
+    /// The checks of checkFile() past the first and the last record.
+    void checkRecords(bool testLastRecord, RecordCheck check);
 
     QFile m_file;
     double m_startTime = 0.0;

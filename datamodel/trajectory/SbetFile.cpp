@@ -30,17 +30,58 @@ constexpr int sAccuracyRecordBytes = 80;
 constexpr int sAccuracyRollOffset = 56;
 constexpr int sAccuracyPitchOffset = 64;
 
-bool hasValidTime(const unsigned char*, double time)
-{
-    return time >= 0.0;
-}
-
 /// The double at `index` (in doubles) of a record.
 inline double field(const unsigned char* record, std::size_t index)
 {
     double value;
     std::memcpy(&value, record + 8 * index, sizeof value);
     return value;
+}
+
+bool hasValidTime(const unsigned char*, double time)
+{
+    return PosFile::isValidGpsTime(seconds(time));
+}
+
+std::string sbetRecordProblem(const unsigned char* record)
+{
+    using S = SbetFile::SbetStruct;
+    const double latitude = field(record, offsetof(S, latitude) / 8);
+    const double longitude = field(record, offsetof(S, longitude) / 8);
+    const double height = field(record, offsetof(S, height) / 8);
+    // SBET records carry no mark of their own: zeros (a hole in a file
+    // extended without being written) would pass every range.
+    if (latitude == 0.0 && longitude == 0.0 && height == 0.0)
+        return "position 0 rad, 0 rad, 0 m (a record never written)";
+    std::string problem = PosFile::positionProblem(latitude, longitude, height);
+    if (problem.empty())
+        problem = PosFile::angleProblem("roll", field(record, offsetof(S, roll) / 8), PosFile::sTiltLimitRad);
+    if (problem.empty())
+        problem = PosFile::angleProblem("pitch", field(record, offsetof(S, pitch) / 8), PosFile::sTiltLimitRad);
+    if (problem.empty())
+        problem = PosFile::angleProblem("platform heading", field(record, offsetof(S, platformHeading) / 8),
+                                         PosFile::sHeadingLimitRad);
+    if (problem.empty())
+        problem = PosFile::angleProblem("wander angle", field(record, offsetof(S, wanderAngle) / 8),
+                                         PosFile::sHeadingLimitRad);
+    return problem;
+}
+
+std::string accuracyRecordProblem(const unsigned char* record)
+{
+    bool written = false;
+    for (std::size_t k = 0; k < 10; ++k)
+        written = written || field(record, k) != 0.0;
+    if (!written)
+        return "every field is 0 (a record never written)";
+    static const char* const names[] = {"north", "east", "down", "roll", "pitch", "heading"};
+    for (std::size_t k = 0; k < 6; ++k) {
+        const std::size_t index = k < 3 ? 1 + k : 7 + (k - 3);
+        if (std::string problem = PosFile::stdDevProblem(names[k], field(record, index), k < 3 ? "m" : "arcmin");
+            !problem.empty())
+            return problem;
+    }
+    return {};
 }
 
 } // namespace
@@ -56,7 +97,7 @@ SbetFile::SmrmsFile::SmrmsFile(const std::string& fileName)
     setHasStdDevs(true);
     // Unlike the SBET file's, the last record's time is not tested; lookups
     // clamp their times into the file's range.
-    checkFile(&hasValidTime, false);
+    checkFile(&hasValidTime, false, &accuracyRecordProblem);
 }
 
 SbetFile::SmrmsFile::~SmrmsFile() = default;
@@ -198,11 +239,12 @@ SbetFile::SbetFile(const std::string& fileName)
         // session validation reports the missing standard deviations.
         VNL_LOG_DEBUG(log(), fileName << ": no standard deviations (" << accuracyName << ": " << e.what() << ")");
         m_smrms.reset();
+        m_accuracyError = e.what();
         setHasStdDevs(false);
     }
 
     try {
-        checkFile(&hasValidTime, true);
+        checkFile(&hasValidTime, true, &sbetRecordProblem);
     } catch (...) {
         close();
         throw;

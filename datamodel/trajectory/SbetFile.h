@@ -125,6 +125,9 @@ public:
 
     /// The accuracy file, or null when there is none.
     const SmrmsFile* accuracyFile() const { return m_smrms.get(); }
+    /// Why there is no accuracy file: what opening it threw ("Could not
+    /// open <path>" when it is missing); empty when there is one.
+    const std::string& accuracyFileError() const { return m_accuracyError; }
     /// The name of the accuracy file that belongs to an SBET file name:
     /// the first "sbet" of the name (after the last '/' or '\') replaced
     /// with "smrmsg"; empty when the name holds no "sbet".
@@ -132,6 +135,7 @@ public:
 
 private:
     std::unique_ptr<SmrmsFile> m_smrms;
+    std::string m_accuracyError;
 };
 
 } // namespace datamodel

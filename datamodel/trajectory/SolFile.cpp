@@ -6,6 +6,7 @@
 #include <cstring>
 #include <numbers>
 #include <stdexcept>
+#include <string>
 
 namespace datamodel {
 
@@ -27,6 +28,42 @@ bool isValidRecord(const unsigned char* record, double time)
     return record[0] == 0xBB && record[1] == 0x55 && PosFile::isValidGpsTime(seconds(time));
 }
 
+float floatAt(const unsigned char* record, std::size_t offset)
+{
+    float value;
+    std::memcpy(&value, record + offset, sizeof value);
+    return value;
+}
+
+double doubleAt(const unsigned char* record, std::size_t offset)
+{
+    double value;
+    std::memcpy(&value, record + offset, sizeof value);
+    return value;
+}
+
+std::string solRecordProblem(const unsigned char* record)
+{
+    using R = SolFile::SolRecord;
+    if (record[0] != 0xBB || record[1] != 0x55)
+        return "it does not start with the sync bytes BB 55";
+    std::string problem = PosFile::positionProblem(doubleAt(record, offsetof(R, latitude)),
+                                                   doubleAt(record, offsetof(R, longitude)),
+                                                   doubleAt(record, offsetof(R, height)));
+    if (problem.empty())
+        problem = PosFile::angleProblem("roll", doubleAt(record, offsetof(R, roll)), PosFile::sTiltLimitRad);
+    if (problem.empty())
+        problem = PosFile::angleProblem("pitch", doubleAt(record, offsetof(R, pitch)), PosFile::sTiltLimitRad);
+    if (problem.empty())
+        problem = PosFile::angleProblem("heading", doubleAt(record, offsetof(R, heading)), PosFile::sHeadingLimitRad);
+    static const char* const names[] = {"north", "east", "down", "roll", "pitch", "heading"};
+    for (std::size_t k = 0; k < 6 && problem.empty(); ++k) {
+        const std::size_t offset = k < 3 ? offsetof(R, positionStdDev) + 4 * k : offsetof(R, attitudeStdDev) + 4 * (k - 3);
+        problem = PosFile::stdDevProblem(names[k], floatAt(record, offset), k < 3 ? "m" : "arcsec");
+    }
+    return problem;
+}
+
 } // namespace
 
 SolFile::SolFile(const std::string& fileName)
@@ -34,7 +71,7 @@ SolFile::SolFile(const std::string& fileName)
 {
     setLayout({int(sizeof(SolRecord)), int(offsetof(SolRecord, time)), int(offsetof(SolRecord, roll)),
                int(offsetof(SolRecord, pitch)), sIndexOutOfRange, sSeekError, sReadError});
-    checkFile(&isValidRecord, true);
+    checkFile(&isValidRecord, true, &solRecordProblem);
     setHasStdDevs(true);
 }
 

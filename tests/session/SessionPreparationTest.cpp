@@ -299,6 +299,47 @@ TEST_F(SessionPreparationTest, PipesInPlaceOfInputsAreRefusedNotWaitedFor)
         << messages(noMarks);
 }
 
+TEST_F(SessionPreparationTest, TrajectoryFilesThatCannotBeUsedAreNamedWithTheReason)
+{
+    auto proc = [this](const char* pattern) {
+        QDirIterator it(session() + QStringLiteral("/gps-imu"), {QString::fromLatin1(pattern)}, QDir::Files,
+                        QDirIterator::Subdirectories);
+        return it.hasNext() ? it.next().toStdString() : std::string();
+    };
+    const std::string sbet = proc("sbet*.out");
+    const std::string smrmsg = proc("smrmsg*.out");
+    const std::string sol = proc("*.sol");
+    ASSERT_FALSE(sbet.empty() || smrmsg.empty() || sol.empty());
+    auto overwrite = [](const std::string& path, qint64 offset, double value) {
+        QFile file(QString::fromStdString(path));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(offset));
+        ASSERT_EQ(file.write(reinterpret_cast<const char*>(&value), sizeof value), qint64(sizeof value));
+    };
+
+    // A broken accuracy file leaves the SBET file without standard
+    // deviations: a warning, naming the accuracy file and why.
+    overwrite(smrmsg, 0, -1.0);
+    const PreparationReport noAccuracy = SessionPreparation().run(sessionPath());
+    EXPECT_FALSE(noAccuracy.hasErrors()) << messages(noAccuracy);
+    ASSERT_EQ(noAccuracy.messages.size(), 1u) << messages(noAccuracy);
+    EXPECT_EQ(noAccuracy.messages[0].subject, smrmsg);
+    EXPECT_EQ(noAccuracy.messages[0].text, "Standard deviations are defaults for " + QFileInfo(QString::fromStdString(sbet)).fileName().toStdString()
+                                               + ": the accuracy file " + smrmsg + " cannot be used: First record is not valid.");
+
+    // A SOL file whose records hold no flight is an error that says why
+    // each reader refused it; a folder in an SBET file's place is named.
+    overwrite(sol, 42, 5e185);
+    ASSERT_TRUE(QFile::remove(QString::fromStdString(sbet)) && QDir().mkdir(QString::fromStdString(sbet)));
+    const PreparationReport broken = SessionPreparation().run(sessionPath());
+    const std::string all = messages(broken);
+    EXPECT_NE(all.find("error [" + sol + "] " + sol + " is neither a SOL nor an SBET file (SOL reader: Record 0 is not valid: "
+                       "latitude 5e+185 rad is outside [-pi/2, pi/2].; SBET reader: " + sol + " is not a Sbet file.)"),
+              std::string::npos)
+        << all;
+    EXPECT_NE(all.find("warning [" + sbet + "] " + sbet + " is a folder: not taken as a trajectory"), std::string::npos)
+        << all;
+}
+
 TEST_F(SessionPreparationTest, AddedStagesRunAfterTheCtgFilesAndTheirFailuresAreReported)
 {
     class Counting : public datamodel::PreparationStage {

@@ -73,6 +73,11 @@ TEST(ImuTrajectory, TriesSolFirstThenSbet)
     // A file that is neither: the SBET attempt's message.
     const std::string bad = write(dir, "neither.dat", sbetBytes(regularSbet(2, 10.0, 1.0)));
     EXPECT_EQ(thrownMessage([&] { ImuTrajectory t(bad); }), bad + " is not a Sbet file.");
+    // Opened on its own, the reader says why neither reader took the file.
+    EXPECT_EQ(thrownMessage([&] { ImuTrajectory::openReader(bad); }),
+              bad + " is neither a SOL nor an SBET file (SOL reader: First record is not valid.; SBET reader: " + bad
+                  + " is not a Sbet file.)");
+    EXPECT_NE(dynamic_cast<const SolFile*>(ImuTrajectory(ImuTrajectory::openReader(solPath)).reader()), nullptr);
     const std::string empty = write(dir, "empty_sbet.out", {});
     EXPECT_EQ(thrownMessage([&] { ImuTrajectory t(empty); }), "Failed to read first record from file.");
     const std::string missing = dir.filePath("missing.sol").toStdString();

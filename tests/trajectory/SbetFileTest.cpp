@@ -230,16 +230,27 @@ TEST(SbetFile, MissingOrBrokenAccuracyFileLeavesTheTrajectoryWithoutStdDevs)
         SbetFile file(write(dir, "a_sbet.out", sbet));
         EXPECT_FALSE(file.hasStdDevs());
         EXPECT_EQ(file.accuracyFile(), nullptr);
+        EXPECT_EQ(file.accuracyFileError(), "Could not open " + dir.filePath("a_smrmsg.out").toStdString());
         ImuRecord record;
         file.getRecord(1, record);
         for (float value : record.stdDev())
             EXPECT_EQ(value, 0.0f);
     }
-    // An accuracy file whose first record has no valid time is not used ...
-    write(dir, "b_smrmsg.out", accuracyBytes({{-1.0, 1, 1, 1, 1, 1, 1}, {20.0, 1, 1, 1, 1, 1, 1}}));
-    EXPECT_FALSE(SbetFile(write(dir, "b_sbet.out", sbet)).hasStdDevs());
-    write(dir, "c_smrmsg.out", QByteArray(79, '\1'));
-    EXPECT_FALSE(SbetFile(write(dir, "c_sbet.out", sbet)).hasStdDevs());
+    // An accuracy file whose records are not valid is not used, and the
+    // reader keeps why ...
+    auto refusal = [&](const char* id, const QByteArray& accuracy) {
+        write(dir, QString::fromLatin1(id) + "_smrmsg.out", accuracy);
+        const SbetFile file(write(dir, QString::fromLatin1(id) + "_sbet.out", sbet));
+        EXPECT_FALSE(file.hasStdDevs());
+        return file.accuracyFileError();
+    };
+    EXPECT_EQ(refusal("b", accuracyBytes({{-1.0, 1, 1, 1, 1, 1, 1}, {20.0, 1, 1, 1, 1, 1, 1}})),
+              "First record is not valid.");
+    EXPECT_EQ(refusal("c", QByteArray(79, '\1')), "Failed to read first record from file.");
+    EXPECT_EQ(refusal("e", accuracyBytes({{9.0, std::nan(""), 1, 1, 1, 1, 1}, {10.0, 1, 1, 1, 1, 1, 1}})),
+              "Record 0 is not valid: north standard deviation nan m is outside [0, 1000000].");
+    EXPECT_EQ(refusal("f", accuracyBytes({{9.0, 1, 1, 1, 1, 1, 1}, {8.0, 1, 1, 1, 1, 1, 1}, {10.0, 1, 1, 1, 1, 1, 1}})),
+              "Record 1 is not valid: its time 8 s is not after the time 9 s of the record before it.");
     // ... but the time of its last record is not tested.
     write(dir, "d_smrmsg.out", accuracyBytes({{9.0, 1, 1, 1, 1, 1, 1}, {-5.0, 2, 2, 2, 2, 2, 2}}));
     SbetFile d(write(dir, "d_sbet.out", sbet));
@@ -259,14 +270,43 @@ TEST(SbetFile, TruncatedAndCorruptFilesAreRefusedWithTheirMessages)
     EXPECT_EQ(open("empty_sbet.out", {}), "Failed to read first record from file.");
     EXPECT_EQ(open("short_sbet.out", good.left(135)), "Failed to read first record from file.");
 
-    QByteArray bytes = good;
-    put(bytes, 0, -0.001);
-    EXPECT_EQ(open("first_sbet.out", bytes), "First record is not valid.");
-    put(bytes, 0, std::nan(""));
-    EXPECT_EQ(open("nan_sbet.out", bytes), "First record is not valid.");
-    bytes = good;
-    put(bytes, 2 * 136, -1.0);
-    EXPECT_EQ(open("last_sbet.out", bytes), "Last record is not valid.");
+    // Times outside the GPS week.
+    for (const double time : {-0.001, std::nan(""), 604800.0}) {
+        QByteArray bytes = good;
+        put(bytes, 0, time);
+        EXPECT_EQ(open("first_sbet.out", bytes), "First record is not valid.") << time;
+        bytes = good;
+        put(bytes, 2 * 136, time);
+        EXPECT_EQ(open("last_sbet.out", bytes), "Last record is not valid.") << time;
+    }
+
+    // Records that hold no trajectory: a field no flight has in the first,
+    // the last or a record of the index; times that do not rise record by
+    // record at the start; text; zeros where a file was extended unwritten.
+    struct Damage {
+        int record;
+        int field; // in doubles
+        double value;
+        const char* message;
+    };
+    const QByteArray longer = sbetBytes(regularSbet(12500, 100.0, 0.005));
+    for (const Damage& d : {Damage{0, 1, 5e185, "Record 0 is not valid: latitude 5e+185 rad is outside [-pi/2, pi/2]."},
+                            Damage{12499, 2, -3.2, "Record 12499 is not valid: longitude -3.2 rad is outside [-pi, pi]."},
+                            Damage{12000, 3, std::nan(""), "Record 12000 is not valid: height nan m is outside [-1000, 100000]."},
+                            Damage{12000, 0, -5.0, "Record 12000 is not valid: its time -5 s is not a GPS time of the week."},
+                            Damage{0, 7, 3.5, "Record 0 is not valid: roll 3.5 rad is outside [-3.14159265359, 3.14159265359]."},
+                            Damage{2, 0, 100.0, "Record 2 is not valid: its time 100 s is not after the time 100.005 s of the record before it."},
+                            Damage{1, 0, 7300.0, "Record 1 is not valid: its time 7300 s lies more than 3600 s after the time 100 s of the record before it."}}) {
+        QByteArray bytes = longer;
+        put(bytes, qsizetype(d.record) * 136 + 8 * d.field, d.value);
+        EXPECT_EQ(open("damaged_sbet.out", bytes), d.message);
+    }
+    QByteArray text;
+    while (text.size() < 20 * 136)
+        text += "376337.125 0.8392115 0.2007001 2000.25 -0.0123\n";
+    EXPECT_EQ(open("text_sbet.out", text.left(20 * 136)).rfind("Record ", 0), 0u);
+    EXPECT_EQ(open("holed_sbet.out", longer + QByteArray(3 * 136, '\0')),
+              "Record 12502 is not valid: position 0 rad, 0 rad, 0 m (a record never written).");
 
     // A record cut short at the end is not part of the trajectory.
     SbetFile cut(write(dir, "cut_sbet.out", good + good.left(68)));

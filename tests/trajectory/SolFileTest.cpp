@@ -121,6 +121,13 @@ TEST(SolFile, RecordsWithoutSyncBytesOrAValidTimeAreRefused)
     bytes = good;
     put(bytes, 2 * 184 + 18, -0.5);
     EXPECT_EQ(open("negative.sol", bytes), "Last record is not valid.");
+    // Fields no flight has.
+    bytes = good;
+    put(bytes, 42, 2.0);
+    EXPECT_EQ(open("latitude.sol", bytes), "Record 0 is not valid: latitude 2 rad is outside [-pi/2, pi/2].");
+    bytes = good;
+    put(bytes, 2 * 184 + 66, -1.0f);
+    EXPECT_EQ(open("deviation.sol", bytes), "Record 2 is not valid: north standard deviation -1 m is outside [0, 1000000].");
     // An SBET file is not a SOL file.
     EXPECT_EQ(open("sbet.sol", sbetBytes(regularSbet(3, 1000.0, 1.0))), "First record is not valid.");
 
