@@ -64,37 +64,6 @@ void reportAccuracyFile(const SbetFile& sbet, const std::string& name, Preparati
                                      + sbet.accuracyFileError());
 }
 
-// The session lists readable files only: an entry named like a trajectory
-// that is a folder, a pipe, a link to nothing or an unreadable file is left
-// out of the list, but not without a word.
-void reportEntriesNotTaken(const RecordingSession& session, PreparationReport& report)
-{
-    QDir proc;
-    try {
-        proc.setPath(QString::fromStdString(session.findGpsImuDirectory() + "/proc/"));
-    } catch (const std::exception&) {
-        return; // the trajectory listing has reported it
-    }
-    const QFileInfoList entries = proc.entryInfoList(
-        {QStringLiteral("*.sol"), QStringLiteral("*.sbet"), QStringLiteral("sbet*.out")},
-        QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
-    for (const QFileInfo& entry : entries) {
-        std::string what;
-        if (entry.isSymLink() && !entry.exists())
-            what = "is a link to " + entry.symLinkTarget().toStdString() + ", which does not exist";
-        else if (entry.isDir())
-            what = "is a folder";
-        else if (!entry.isFile())
-            what = "is not a regular file (a pipe, a socket or a device)";
-        else if (!entry.isReadable())
-            what = "cannot be read";
-        else
-            continue;
-        const std::string path = QDir::cleanPath(entry.absoluteFilePath()).toStdString();
-        report.warning(path, path + " " + what + ": not taken as a trajectory");
-    }
-}
-
 struct OpenTrajectory {
     std::unique_ptr<ImuTrajectory> trajectory;
     std::string name;
@@ -239,7 +208,6 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
         } catch (const std::exception& e) {
             report.error(where, util::fullMessage(e));
         }
-        reportEntriesNotTaken(*session, report);
         if (report.trajectories.empty())
             report.error(where, "Cannot find any IMU trajectories (SBET or SOL files).");
     }

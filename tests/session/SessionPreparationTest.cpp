@@ -212,15 +212,10 @@ TEST_F(SessionPreparationTest, ReportsWhereInsteadOfThrowing)
 
 TEST_F(SessionPreparationTest, WhatCannotBeUsedIsReportedAndTheRestPrepared)
 {
-    // A dangling link among the band files and a folder among the
-    // trajectories are left out, each with a warning that names it.
+    // A dangling link among the band files is left out with a warning that
+    // names it.
     const QString raw = session() + QStringLiteral("/raw/");
     ASSERT_TRUE(QFile::link(raw + QStringLiteral("gone"), raw + QStringLiteral("L009PANN00A.info")));
-    QDirIterator proc(session() + QStringLiteral("/gps-imu"), {QStringLiteral("proc")}, QDir::Dirs,
-                      QDirIterator::Subdirectories);
-    ASSERT_TRUE(proc.hasNext());
-    const QString procFolder = proc.next();
-    ASSERT_TRUE(QDir(procFolder).mkdir(QStringLiteral("sbet_folder.out")));
     // A session data file without its schema costs the naming pattern only.
     QTemporaryDir emptyRoot;
     testsupport::ScopedEnv root("KAVIX_ROOT", emptyRoot.path().toUtf8());
@@ -231,7 +226,7 @@ TEST_F(SessionPreparationTest, WhatCannotBeUsedIsReportedAndTheRestPrepared)
 
     const PreparationReport report = SessionPreparation().run(sessionPath());
     EXPECT_EQ(report.ctgCount(CtgStatus::Written), 4u) << messages(report);
-    ASSERT_EQ(report.messages.size(), 3u) << messages(report);
+    ASSERT_EQ(report.messages.size(), 2u) << messages(report);
     EXPECT_EQ(report.messages[0].subject, data.fileName().toStdString());
     EXPECT_EQ(report.messages[0].text, "Missing installation file " + emptyRoot.path().toStdString()
                                            + "/etc/schemas/sessionData.xsd; the session is prepared without its file "
@@ -239,8 +234,6 @@ TEST_F(SessionPreparationTest, WhatCannotBeUsedIsReportedAndTheRestPrepared)
     EXPECT_EQ(report.messages[1].subject, (raw + QStringLiteral("L009PANN00A.info")).toStdString());
     EXPECT_EQ(report.messages[1].text, "Left out of the session: a link to " + (raw + QStringLiteral("gone")).toStdString()
                                            + ", which does not exist");
-    EXPECT_EQ(report.messages[2].subject, (procFolder + QStringLiteral("/sbet_folder.out")).toStdString());
-    EXPECT_EQ(report.messages[2].text, "Left out of the session: a folder, not a file");
 
     // Marks that cannot be time marks write no CTG file; a camera file that
     // is there but refused is an error, not a missing calibration.
@@ -336,7 +329,7 @@ TEST_F(SessionPreparationTest, TrajectoryFilesThatCannotBeUsedAreNamedWithTheRea
                        "latitude 5e+185 rad is outside [-pi/2, pi/2].; SBET reader: " + sol + " is not a Sbet file.)"),
               std::string::npos)
         << all;
-    EXPECT_NE(all.find("warning [" + sbet + "] " + sbet + " is a folder: not taken as a trajectory"), std::string::npos)
+    EXPECT_NE(all.find("warning [" + sbet + "] Left out of the session: a folder, not a file"), std::string::npos)
         << all;
 }
 
