@@ -64,6 +64,10 @@ Inspection inspectScanLineDataFile(const QString& path, bool integrationTimes)
         it = next;
     }
     fields.add(QStringLiteral("runs"), QStringLiteral("Runs"), std::move(runs));
+    const std::string problem = data.implausibility(integrationTimes ? datamodel::ScanLineData::Quantity::IntegrationTime
+                                                                     : datamodel::ScanLineData::Quantity::TdiStages);
+    if (!problem.empty())
+        addWarning(inspection.messages, path.toStdString(), problem);
     return inspection;
 }
 

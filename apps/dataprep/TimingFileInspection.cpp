@@ -1,5 +1,6 @@
 #include "TimingFileInspection.h"
 
+#include <datamodel/timing/LineTimeCheck.h>
 #include <datamodel/timing/TmFile.h>
 
 #include <platform/raster/CtFile.h>
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -46,7 +48,7 @@ Fields markFields(const datamodel::TmFile::TmRecord& record)
 // Mean, smallest and largest step between consecutive values, and the
 // steps that do not rise; null without two values.
 void addSteps(Fields& fields, const std::vector<double>& values, Messages& messages, const std::string& subject,
-              const char* quantity)
+              const datamodel::LineTimeCheck& check)
 {
     std::optional<double> mean, smallest, largest;
     int notRising = 0;
@@ -66,10 +68,8 @@ void addSteps(Fields& fields, const std::vector<double>& values, Messages& messa
     fields.add(QStringLiteral("largestStepSec"), QStringLiteral("Largest step"), number(largest),
                millisecondsText(largest));
     fields.add(QStringLiteral("stepsNotRising"), QStringLiteral("Steps not rising"), notRising);
-    if (notRising > 0)
-        addWarning(messages, subject,
-                   std::to_string(notRising) + " steps from one scan line to the next where the " + quantity
-                       + " does not rise");
+    for (const std::string& finding : check.findings(values))
+        addWarning(messages, subject, finding);
 }
 
 std::optional<double> front(const std::vector<double>& values)
@@ -156,7 +156,8 @@ Inspection inspectCtFile(const QString& path)
                secondsText(front(ct.values())));
     fields.add(QStringLiteral("lastCtSec"), QStringLiteral("Last camera time"), number(back(ct.values())),
                secondsText(back(ct.values())));
-    addSteps(fields, ct.values(), inspection.messages, ct.name(), "camera time");
+    addSteps(fields, ct.values(), inspection.messages, ct.name(),
+             datamodel::LineTimeCheck("camera time", 0.0, std::numeric_limits<double>::infinity()));
     return inspection;
 }
 
@@ -174,7 +175,8 @@ Inspection inspectCtgFile(const QString& path)
     fields.add(QStringLiteral("gpsStartSec"), QStringLiteral("GPS start"), number(front(values)),
                secondsText(front(values)));
     fields.add(QStringLiteral("gpsEndSec"), QStringLiteral("GPS end"), number(back(values)), secondsText(back(values)));
-    addSteps(fields, values, inspection.messages, path.toStdString(), "GPS time");
+    addSteps(fields, values, inspection.messages, path.toStdString(),
+             datamodel::LineTimeCheck("GPS time", 0.0, 2.0 * datamodel::TmFile::sWeekSec));
     fields.add(QStringLiteral("nonUniformCt"), QStringLiteral("Non-uniform line period"),
                values.empty() ? QJsonValue() : QJsonValue(ctg.isNonUniformCT()));
     std::vector<Fields> stretches;

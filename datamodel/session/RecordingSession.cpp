@@ -35,12 +35,12 @@ RecordingSession::ImuTrajectoryId::ImuTrajectoryId(const std::string& text)
 {
     const std::size_t separator = text.find(';');
     if (separator == std::string::npos)
-        throw std::runtime_error("Can't construct ImuTrajectoryId; string is invalid: \"" + text + "\".");
+        throw std::runtime_error("Can't construct ImuTrajectoryId; string is invalid: \"" + util::excerpt(text) + "\".");
     const std::string timeText = text.substr(0, separator);
     bool ok = false;
     const qulonglong timeSec = QString::fromStdString(timeText).toULongLong(&ok, 10);
     if (!ok || timeSec > sUnsetTime)
-        throw std::runtime_error("Can't convert to timestamp: " + timeText);
+        throw std::runtime_error("Can't convert to timestamp: " + util::excerpt(timeText));
     m_timeSec = static_cast<std::uint32_t>(timeSec);
     m_name = text.substr(separator + 1);
 }
@@ -320,10 +320,10 @@ void RecordingSession::buildTakesFromInfoFiles() const
     for (const auto& info : infos) {
         if (info->sensorId() != infos.front()->sensorId())
             throw std::runtime_error("Inconsistent camera identifiers in .info files; found "
-                                     + infos.front()->sensorId() + " and " + info->sensorId());
+                                     + util::excerpt(infos.front()->sensorId()) + " and " + util::excerpt(info->sensorId()));
         if (info->sensorType() != infos.front()->sensorType())
             throw std::runtime_error("Inconsistent camera types in .info files; found "
-                                     + infos.front()->sensorType() + " and " + info->sensorType());
+                                     + util::excerpt(infos.front()->sensorType()) + " and " + util::excerpt(info->sensorType()));
     }
 
     // Distinct take names in listing order, each with its bands.

@@ -4,6 +4,7 @@
 #include <platform/util/Installation.h>
 #include <platform/util/InvalidFileError.h>
 #include <platform/util/RegularFile.h>
+#include <platform/util/XmlNesting_p.h>
 #include <platform/util/XmlValidator.h>
 #include <platform/util/XmlWriter_p.h>
 
@@ -52,23 +53,31 @@ std::optional<QString> SessionDataFile::load(const QString& sessionPath, QString
     // read fails the validation, as the validator reading it would.
     const std::string invalid = "'" + file.toStdString() + "' is not valid according to the schema in '"
         + schema.toStdString() + "'";
+    // The refusal keeps its message; why travels as the nested reason.
+    auto refuse = [&](const std::string& why) {
+        try {
+            throw std::runtime_error(why);
+        } catch (...) {
+            std::throw_with_nested(util::InvalidFileError(file.toStdString(), invalid));
+        }
+    };
     QFile input(file);
     QByteArray content;
     std::string unreadable;
     if (!util::openRegularFile(input, &unreadable))
-        util::throwWithReason(invalid, unreadable);
-    content = input.readAll();
-    if (input.error() != QFileDevice::NoError)
-        util::throwWithReason(invalid, input.errorString().toStdString());
-    QString problems;
-    if (!util::XmlValidator(schema).validateContent(content, file, &problems)) {
-        // The schema's complaints travel as the nested reason.
-        try {
-            throw std::runtime_error(problems.replace(QLatin1Char('\n'), QLatin1String("; ")).toStdString());
-        } catch (...) {
-            std::throw_with_nested(util::InvalidFileError(file.toStdString(), invalid));
-        }
+        refuse(unreadable);
+    std::string unusable;
+    try {
+        if (!util::XmlNesting::readChecked(input, file, content))
+            unusable = input.errorString().toStdString();
+    } catch (const util::InvalidFileError& e) {
+        unusable = e.what();
     }
+    if (!unusable.empty())
+        refuse(unusable);
+    QString problems;
+    if (!util::XmlValidator(schema).validateContent(content, file, &problems))
+        refuse(problems.replace(QLatin1Char('\n'), QLatin1String("; ")).toStdString());
 
     QDomDocument document;
     QString error;

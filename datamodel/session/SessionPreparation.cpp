@@ -131,14 +131,18 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
     // The recorder's files that the session reads quietly (it falls back to
     // the band files without them): a file that is there but refused is an
     // error of the flight.
+    auto present = [](const std::string& path) {
+        const QFileInfo file(QString::fromStdString(path));
+        return file.exists() || file.isSymLink();
+    };
     std::string cameraFile;
     try {
         cameraFile = session->flightDataSession()->cameraFile();
     } catch (const std::exception& e) {
-        if (QFileInfo::exists(QString::fromStdString(session->sessionPath() + "/mm/" + flightdata::FlightDataFactory::sFileName)))
+        if (present(session->sessionPath() + "/mm/" + flightdata::FlightDataFactory::sFileName))
             report.error(where, util::fullMessage(e));
     }
-    if (!cameraFile.empty() && QFileInfo::exists(QString::fromStdString(cameraFile))) {
+    if (!cameraFile.empty() && present(cameraFile)) {
         try {
             (void)Sensor::fromCameraFile(cameraFile);
         } catch (const std::exception& e) {
@@ -264,9 +268,11 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                     }
                 };
                 bool write = false;
-                if (QFileInfo::exists(QString::fromStdString(band.ctgFile))) {
+                // A link to nothing in the CTG file's place is met, not overwritten unsaid.
+                const QFileInfo existing(QString::fromStdString(band.ctgFile));
+                if (existing.exists() || existing.isSymLink()) {
                     try {
-                        keep(builder.check(band.ctgFile, band.ctFile), CtgStatus::Present);
+                        keep(builder.check(band.ctgFile, band.ctFile, marks), CtgStatus::Present);
                     } catch (const std::exception& e) {
                         write = m_options.writeCtg && marks;
                         if (write)

@@ -1,6 +1,7 @@
 #include <datamodel/timing/CtgBuilder.h>
 
 #include <datamodel/timing/CameraTime.h>
+#include <datamodel/timing/TimeFormat_p.h>
 #include <datamodel/timing/TmFile.h>
 
 #include <platform/raster/CtFile.h>
@@ -60,7 +61,7 @@ std::vector<std::exception_ptr> CtgBuilder::commit()
     return failures;
 }
 
-CtgBuilder::Band CtgBuilder::check(const std::string& ctgFile, const std::string& ctFile)
+CtgBuilder::Band CtgBuilder::check(const std::string& ctgFile, const std::string& ctFile, TmFile* tm)
 {
     const std::size_t bandLines = raster::CtFile::lineCount(ctFile);
     auto wrongLength = [&](const std::string& held) {
@@ -75,12 +76,34 @@ CtgBuilder::Band CtgBuilder::check(const std::string& ctgFile, const std::string
     sensor::CameraTime::readCtgFile(ctgFile, m_gps);
     if (m_gps.size() != bandLines)
         throw wrongLength(std::to_string(m_gps.size()));
-    for (std::size_t line = 0; line < m_gps.size(); ++line)
-        if (!std::isfinite(m_gps[line].value()))
+    const double weekEndSec = 2.0 * TmFile::sWeekSec; // a rollover runs on into the next week
+    for (std::size_t line = 0; line < m_gps.size(); ++line) {
+        const double t = m_gps[line].value();
+        if (!std::isfinite(t))
             throw std::runtime_error("CTG file holds a time that is not a finite number at scan line "
                                      + std::to_string(line) + ": " + ctgFile);
+        if (t < 0.0 || t >= weekEndSec)
+            throw std::runtime_error("CTG file holds " + generalText(t, 12) + " s at scan line " + std::to_string(line)
+                                     + ", outside the GPS week: " + ctgFile);
+    }
     if (m_gps.empty())
         return {};
+
+    // Sampled lines against the conversion that writing the file makes.
+    if (tm) {
+        raster::CtFile::read(ctFile, m_ctSec);
+        tm->load(TmFile::CT_TYPE, seconds(m_ctSec.front()), seconds(m_ctSec.back()));
+        const std::size_t last = m_gps.size() - 1;
+        for (std::size_t k = 0; k <= sCheckedLines + 1; ++k) {
+            const std::size_t line = last * k / (sCheckedLines + 1);
+            const double expected = tm->gpsAtCT(seconds(m_ctSec[line])).value();
+            const double held = m_gps[line].value();
+            if (!(std::abs(held - expected) <= 1e-6))
+                throw std::runtime_error("CTG file holds " + generalText(held, 12) + " s at scan line "
+                                         + std::to_string(line) + " where the CT file and the time marks give "
+                                         + generalText(expected, 12) + " s: " + ctgFile);
+        }
+    }
     return {m_gps.size(), m_gps.front(), m_gps.back()};
 }
 

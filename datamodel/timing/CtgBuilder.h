@@ -53,11 +53,21 @@ public:
     std::vector<std::exception_ptr> commit();
 
     /// Reads the existing CTG file `ctgFile` and checks that it can be the
-    /// band's: one time per scan line of `ctFile` and every time a finite
-    /// number. Throws "CTG file has <n> scan lines, its band <m>: " + path,
+    /// band's: one time per scan line of `ctFile`, every time a finite
+    /// number within the GPS week (or the next, after a rollover), and, with
+    /// the time marks `tm`, the times of sampled scan lines (the first, the
+    /// last and sCheckedLines between) as the conversion of `ctFile` gives
+    /// them. Throws "CTG file has <n> scan lines, its band <m>: " + path,
     /// "CTG file holds a time that is not a finite number at scan line <k>:
-    /// " + path, and the readers' own messages.
-    Band check(const std::string& ctgFile, const std::string& ctFile);
+    /// " + path, "CTG file holds <x> s at scan line <k>, outside the GPS
+    /// week: " + path, "CTG file holds <x> s at scan line <k> where the CT
+    /// file and the time marks give <y> s: " + path, and the readers' own
+    /// messages.
+    Band check(const std::string& ctgFile, const std::string& ctFile, TmFile* tm = nullptr);
+
+    /// How many scan lines between the first and the last check() compares
+    /// with the conversion.
+    static constexpr std::size_t sCheckedLines = 15;
 
 private:
     std::vector<double> m_ctSec;

@@ -165,4 +165,19 @@ float ScanLineData::maxValue() const
         ->second;
 }
 
+std::string ScanLineData::implausibility(Quantity quantity) const
+{
+    if (m_values.empty())
+        return "no runs";
+    for (const auto& [line, value] : m_values) {
+        if (quantity == Quantity::IntegrationTime && !(value > 0.0f && value <= 1.0f))
+            return "integration time " + std::to_string(double(value) * 1000.0) + " ms at scan line "
+                + std::to_string(line) + " is outside (0, 1000] ms";
+        if (quantity == Quantity::TdiStages && !(value >= 1.0f && value <= 256.0f && value == std::floor(value)))
+            return "TDI stage count " + std::to_string(value) + " at scan line " + std::to_string(line)
+                + " is not a whole number in [1, 256]";
+    }
+    return {};
+}
+
 } // namespace datamodel

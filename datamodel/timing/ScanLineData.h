@@ -37,6 +37,13 @@ public:
     /// to record, is refused with a message that names it too.
     static ScanLineData read(const std::string& path, double scale);
 
+    /// What the values are, for implausibility().
+    enum class Quantity { IntegrationTime, TdiStages };
+    /// Why the values cannot be integration times (seconds, in (0, 1]) or
+    /// TDI stage counts (whole numbers in [1, 256]): "no runs", or the first
+    /// value out of range with its scan line. Empty when they can.
+    std::string implausibility(Quantity quantity) const;
+
     /// Writes the runs to `path` (whole or not at all) and takes `path` as
     /// the file name. Throws "Can't open file for writing: " + path.
     void write(const std::string& path);

@@ -137,6 +137,16 @@ void TmFile::checkPlausible() const
         if (r.ctTime < 0.0)
             refuse(i, "camera time " + generalText(r.ctTime, 12) + " s is negative");
     }
+    // Both clocks run at one second per second, give or take the camera
+    // clock's drift: a mark whose GPS step and camera-time step disagree by
+    // far more is not a mark of this flight.
+    for (std::size_t i = 1; i < m_records.size(); ++i) {
+        const double gpsStep = m_records[i].gpsTime - m_records[i - 1].gpsTime;
+        const double ctStep = m_records[i].ctTime - m_records[i - 1].ctTime;
+        if (ctStep > 0.0 && std::abs(gpsStep - ctStep) > 1.0 + 0.01 * ctStep)
+            refuse(i, "the GPS time steps by " + generalText(gpsStep, 9) + " s where the camera time steps by "
+                          + generalText(ctStep, 9) + " s");
+    }
     if (!(m_gpsPeriod > 0.0))
         throw std::runtime_error("Time-mark file " + m_name + ": the GPS times of the marks do not advance (period "
                                  + generalText(m_gpsPeriod, 6) + " s)");

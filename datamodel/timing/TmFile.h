@@ -70,8 +70,9 @@ public:
     /// Refuses a file whose records cannot be time marks, whatever the
     /// validators would say about their regularity: fewer than two records,
     /// a time that is not a finite number, a GPS time outside the week (or
-    /// the week after a repaired rollover), a negative camera time, or GPS or
-    /// camera times that do not advance. Throws std::runtime_error naming the
+    /// the week after a repaired rollover), a negative camera time, a mark
+    /// whose GPS step and camera-time step disagree by more than a second
+    /// (and 1 %), or GPS or camera times that do not advance. Throws std::runtime_error naming the
     /// file and the first offending record (counted from 0).
     void checkPlausible() const;
 

@@ -1,5 +1,7 @@
 #include <platform/sensor/CameraTime.h>
 
+#include <platform/raster/CtFile.h>
+
 #include <platform/util/AtomicFile.h>
 #include <platform/util/RegularFile.h>
 
@@ -57,6 +59,9 @@ void CameraTime::readCtgFile(const std::string& path, std::vector<Time>& times)
     const qint64 size = file.size();
     if (size % 8 != 0)
         throw std::runtime_error("CTG file size is no multiple of 8 bytes: " + path);
+    if (std::uint64_t(size / 8) > raster::CtFile::sMaxLines)
+        throw std::runtime_error("CTG file holds " + std::to_string(size / 8) + " scan lines, more than a band can (at most "
+                                 + std::to_string(raster::CtFile::sMaxLines) + "): " + path);
     times.resize(std::size_t(size / 8));
     if (size > 0 && file.read(reinterpret_cast<char*>(times.data()), size) != size)
         throw std::runtime_error("Failed to read CTG file: " + path);

@@ -40,6 +40,10 @@ void XmlNesting::check(const QByteArray& content, const QString& name)
 
 bool XmlNesting::readChecked(QFileDevice& file, const QString& name, QByteArray& content)
 {
+    if (file.size() > sMaxBytes)
+        throw InvalidFileError(name.toStdString(), name.toStdString() + ": " + std::to_string(file.size())
+                                                       + " bytes, more than an XML file of a session holds (at most "
+                                                       + std::to_string(sMaxBytes >> 20) + " MiB)");
     content = file.readAll();
     if (file.error() != QFileDevice::NoError)
         return false;

@@ -18,6 +18,9 @@ class XmlNesting {
 public:
     /// The deepest element nesting that a reader accepts.
     static constexpr int sMaxDepth = 256;
+    /// The largest XML file a reader reads: far above any file of a session
+    /// (a flight-data file of a long flight holds a few megabytes).
+    static constexpr qint64 sMaxBytes = qint64(64) << 20;
 
     /// "<name>: XML nested deeper than 256 elements" when `content` nests
     /// elements deeper than sMaxDepth; else empty. Takes time linear in the
@@ -29,7 +32,9 @@ public:
     static void check(const QByteArray& content, const QString& name);
 
     /// Reads the whole of `file`, which is open for reading, and checks it.
-    /// Returns false when it cannot be read; throws as check() does.
+    /// Returns false when it cannot be read; throws as check() does, and
+    /// util::InvalidFileError "<name>: <n> bytes, more than an XML file of a
+    /// session holds (at most 64 MiB)" before reading a larger file.
     static bool readChecked(QFileDevice& file, const QString& name, QByteArray& content);
 };
 

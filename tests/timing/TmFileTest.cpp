@@ -97,6 +97,8 @@ TEST_F(TmFileTest, MarksThatCannotBeTimeMarksFailThePlausibilityCheck)
     EXPECT_EQ(refusal([&](auto& m) { m[19].gpsTime = 604800.0; }),
               ", record 19: GPS time 604800 s lies outside the GPS week");
     EXPECT_EQ(refusal([&](auto& m) { m[2].ctTime = -2.5; }), ", record 2: camera time -2.5 s is negative");
+    EXPECT_EQ(refusal([&](auto& m) { m[0].gpsTime = 0.0; }),
+              ", record 1: the GPS time steps by 300001 s where the camera time steps by 1.0000125 s");
     EXPECT_EQ(refusal([&](auto& m) { std::fill(m.begin(), m.end(), m[0]); }),
               ": the GPS times of the marks do not advance (period 0 s)");
     EXPECT_EQ(refusal([&](auto& m) { for (Mark& mark : m) mark.ctTime = 3600.0; }),
