@@ -405,6 +405,16 @@ const Take::StartStopInformation& Take::stopInfo() const
     return *m_stop;
 }
 
+void Take::initializePositionInfo() const
+{
+    // Longitudes are in degrees within [-180, 180]: a line that crosses the
+    // meridian jumps from one end of that range to the other.
+    const double startLon = startInfo().position.x;
+    const double stopLon = stopInfo().position.x;
+    if (std::abs(stopLon - startLon) > 180.0)
+        throw std::runtime_error("Crossed the dateline: " + name());
+}
+
 geo::XYPoint Take::startPosition() const { return startInfo().position; }
 geo::XYPoint Take::stopPosition() const { return stopInfo().position; }
 float Take::startHeight() const { return startInfo().heightM; }

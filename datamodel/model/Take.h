@@ -154,6 +154,12 @@ public:
     float stopHeight() const;
     QDateTime startTime() const;
     QDateTime stopTime() const;
+    /// Checks the start and stop positions before they are used: throws
+    /// "No start/stop position information for take." when either is unset
+    /// and "Crossed the dateline: " + name when the line runs across the
+    /// 180th meridian (its start and stop longitudes lie more than 180
+    /// degrees apart).
+    void initializePositionInfo() const;
     void setStartTimePosHeight(const QDateTime& time, const geo::XYPoint& position, float heightM);
     void setStopTimePosHeight(const QDateTime& time, const geo::XYPoint& position, float heightM);
     float meanTerrainHeight() const { return m_meanTerrainHeightM; }

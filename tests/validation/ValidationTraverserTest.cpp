@@ -10,6 +10,7 @@
 #include <datamodel/model/Take.h>
 #include <datamodel/model/Validatable.h>
 #include <datamodel/session/RecordingSession.h>
+#include <datamodel/validation/BasicValidationTraverser.h>
 #include <datamodel/validation/ValidationTraverser.h>
 
 #include <gtest/gtest.h>
@@ -271,4 +272,26 @@ TEST_F(ValidationWalkTest, MessagesReachTheCallersSinks)
     ReportingTraverser partial(nullptr, nullptr, &errorsOnly);
     EXPECT_NO_THROW(partial.traverse(t));
     EXPECT_EQ(errorsOnly.messages, (Log{"E: bad PANN00A"}));
+}
+
+TEST_F(ValidationWalkTest, BasicChecksWantThePixelFileAndTheSensorInTheInfoFile)
+{
+    testsupport::PlainTakeManager manager;
+    Take t(manager);
+    t.setName("L1");
+    L0Image* image = l0(t, "PANN00A");
+    t.addImage(image);
+    BasicValidationTraverser basic;
+
+    EXPECT_EQ(testsupport::thrownMessage([&] { basic.traverse(*image); }),
+              "Can't find image data for band: PANN00A (tried \"L1PANN00A.zel\").");
+    testsupport::writeFile(dir, "L1PANN00A.zel", "pixels");
+    L0Image present(t, 1, testsupport::makeInfoFile(dir, "L1_REDN00A", "REDN00A"), dir.filePath("L1PANN00A.zel").toStdString(),
+                    "", "", "");
+    EXPECT_NO_THROW(basic.traverse(present));
+
+    InfoFile unnamed(testsupport::writeFile(dir, "L1_GRNN00A.info", "<band_info><sensor_type>ZEL</sensor_type></band_info>"),
+                     InfoFile::STRIPNAMEREGEX);
+    EXPECT_EQ(testsupport::thrownMessage([&] { basic.traverse(unnamed); }),
+              "The SensorId is empty in: " + unnamed.infoFileName());
 }
