@@ -14,6 +14,7 @@
 #include <platform/flightdata/Utility.h>
 #include <platform/util/ErrorText.h>
 #include <platform/util/FileSessionNameGenerator.h>
+#include <platform/util/RegularFile.h>
 
 #include <QDateTime>
 #include <QDir>
@@ -150,15 +151,7 @@ QStringList RecordingSession::listFiles(const QString& directory, const QStringL
     // Special files and dangling links are listed too, to be noted.
     const QDir::Filters kinds = QDir::Files | QDir::System | QDir::Dirs | QDir::NoDotAndDotDot;
     for (const QFileInfo& entry : QDir(directory).entryInfoList(filters, kinds, QDir::Name)) {
-        std::string reason;
-        if (entry.isDir())
-            reason = "a folder, not a file";
-        else if (entry.isSymLink() && !entry.exists())
-            reason = "a link to " + entry.symLinkTarget().toStdString() + ", which does not exist";
-        else if (!entry.isFile())
-            reason = "not a regular file";
-        else if (readableOnly && !entry.isReadable())
-            reason = "not readable";
+        const std::string reason = util::notRegularReason(entry.absoluteFilePath(), readableOnly);
         if (reason.empty()) {
             files.push_back(entry.fileName());
             continue;

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace util {
 
@@ -29,28 +30,34 @@ std::string kindOf(mode_t mode)
 
 } // namespace
 
-bool openRegularFile(QFile& file, std::string* reason)
+std::string notRegularReason(const QString& path, bool checkReadable)
 {
-    auto refuse = [reason](std::string why) {
-        if (reason)
-            *reason = std::move(why);
-        return false;
-    };
-    const QByteArray path = QFile::encodeName(file.fileName());
+    const QByteArray name = QFile::encodeName(path);
     struct stat status {};
-    if (::stat(path.constData(), &status) != 0) {
+    if (::stat(name.constData(), &status) != 0) {
         const int error = errno;
         struct stat link {};
-        if (error == ENOENT && ::lstat(path.constData(), &link) == 0 && S_ISLNK(link.st_mode))
-            return refuse("a link to " + QFileInfo(file.fileName()).symLinkTarget().toStdString()
-                          + ", which does not exist");
-        return refuse(error == ENOENT ? std::string("no such file") : std::string(std::strerror(error)));
+        if (error == ENOENT && ::lstat(name.constData(), &link) == 0 && S_ISLNK(link.st_mode))
+            return "a link to " + QFileInfo(path).symLinkTarget().toStdString() + ", which does not exist";
+        return error == ENOENT ? std::string("no such file") : std::string(std::strerror(error));
     }
     if (!S_ISREG(status.st_mode))
-        return refuse(kindOf(status.st_mode));
-    if (!file.open(QIODevice::ReadOnly))
-        return refuse(file.errorString().toStdString());
-    return true;
+        return kindOf(status.st_mode);
+    if (checkReadable && ::access(name.constData(), R_OK) != 0)
+        return "not readable";
+    return {};
+}
+
+bool openRegularFile(QFile& file, std::string* reason)
+{
+    std::string why = notRegularReason(file.fileName());
+    if (why.empty() && !file.open(QIODevice::ReadOnly))
+        why = file.errorString().toStdString();
+    if (why.empty())
+        return true;
+    if (reason)
+        *reason = std::move(why);
+    return false;
 }
 
 void throwWithReason(const std::string& message, const std::string& reason)

@@ -2,6 +2,8 @@
 
 #include <string>
 
+class QString;
+
 class QFile;
 
 namespace util {
@@ -15,6 +17,12 @@ namespace util {
 /// not a file", the system's reason of a failed open, ... The caller says
 /// which file.
 bool openRegularFile(QFile& file, std::string* reason = nullptr);
+
+/// Why `path` is not a readable regular file (links followed): "no such
+/// file", "a link to <target>, which does not exist", "a folder, not a
+/// file", "a pipe, not a file", ... Empty when it is one. With
+/// `checkReadable` false, an unreadable regular file counts as one.
+std::string notRegularReason(const QString& path, bool checkReadable = false);
 
 /// Throws std::runtime_error `message`, with a nested std::runtime_error
 /// `reason` when that is not empty (see fullMessage()): what() stays the
