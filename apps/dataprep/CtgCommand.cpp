@@ -75,6 +75,7 @@ int CtgCommand::run(const Invocation& invocation)
     datamodel::SessionPreparation::Options options;
     options.writeCtg = true;
     options.checkCoverage = false;
+    options.validate = false;
     for (const QString& take : invocation.parser.values(sTakeOption))
         options.takes.push_back(take.toStdString());
     const datamodel::PreparationReport report = prepareSession(directory, options, invocation.json);

@@ -13,7 +13,7 @@ namespace {
 
 void add(Messages& messages, Message::Severity severity, std::string subject, std::string text)
 {
-    messages.push_back(Message{severity, std::move(subject), std::move(text)});
+    messages.push_back(Message{severity, std::move(subject), std::move(text), {}, {}});
 }
 
 } // namespace
@@ -54,6 +54,8 @@ void printJson(const char* command, const QJsonValue& input, const Fields& paylo
         item.add(QStringLiteral("severity"), QString::fromLatin1(datamodel::toString(message.severity)));
         item.add(QStringLiteral("subject"), text(message.subject));
         item.add(QStringLiteral("text"), text(message.text));
+        item.add(QStringLiteral("take"), message.take.empty() ? QJsonValue() : QJsonValue(text(message.take)));
+        item.add(QStringLiteral("band"), message.band.empty() ? QJsonValue() : QJsonValue(text(message.band)));
         list.push_back(std::move(item));
     }
     Fields document;

@@ -9,6 +9,7 @@
 #include "PrepareCommand.h"
 #include "SimulateCommand.h"
 #include "TrajectoryCommand.h"
+#include "ValidateCommand.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -28,6 +29,7 @@ int main(int argc, char** argv)
     runner.add(std::make_unique<dataprep::PrepareCommand>());
     runner.add(std::make_unique<dataprep::SimulateCommand>());
     runner.add(std::make_unique<dataprep::TrajectoryCommand>());
+    runner.add(std::make_unique<dataprep::ValidateCommand>());
 
     QStringList arguments = QCoreApplication::arguments();
     arguments.removeFirst();

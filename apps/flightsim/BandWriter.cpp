@@ -137,7 +137,10 @@ QJsonObject BandWriter::writeTake(const TakeWindow& take, QJsonArray& faults) co
             detail[QStringLiteral("stepFactor")] = sSawToothStepFactor;
             faults.append(detail);
         }
-        const bool withSensorId = !(faultTake && b == 0 && m_config.faults.has(Fault::MissingSensorId));
+        // Another band than the other per-band faults when there are enough,
+        // so that a flight with every fault shows each of them.
+        const int missingIdBand = lastBand >= 3 ? 2 : 0;
+        const bool withSensorId = !(faultTake && b == missingIdBand && m_config.faults.has(Fault::MissingSensorId));
         if (!withSensorId) {
             QJsonObject detail = fault(Fault::MissingSensorId);
             detail[QStringLiteral("file")] = m_layout.relative(m_layout.infoPath(base));

@@ -21,7 +21,7 @@ constexpr FaultName sNames[] = {
     {Fault::ShortTrajectory, "short-trajectory", "the trajectory ends in the middle of the last take"},
     {Fault::HeavyTurbulence, "heavy-turbulence", "heavy turbulence during the fault take"},
     {Fault::TruncatedTrajectory, "truncated-trajectory", "the SBET file ends inside its last record"},
-    {Fault::MissingSensorId, "missing-sensor-id", "the first band's .info file of the fault take has no sensor id"},
+    {Fault::MissingSensorId, "missing-sensor-id", "the third band's .info file of the fault take (the first of fewer than four) has no sensor id"},
     {Fault::IntegrationTimeOutOfRange, "integration-time",
      "the second band of the fault take recorded with a 25 ms integration time"},
 };

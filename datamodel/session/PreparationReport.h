@@ -17,6 +17,10 @@ struct PreparationMessage {
     std::string subject;
     /// The message itself, with every nested reason appended ("outer: inner").
     std::string text;
+    /// The take and the band the finding belongs to; empty when it belongs
+    /// to the session (or to a take as a whole, for the band).
+    std::string take;
+    std::string band;
 };
 
 /// The camera of the session.
@@ -105,12 +109,23 @@ struct PreparationReport {
     /// CTG files by status over every band of every take.
     std::size_t ctgCount(CtgStatus status) const;
     std::size_t messageCount(PreparationMessage::Severity severity) const;
+    /// The messages grouped: the session's first, then per take (in the
+    /// order of `takes`, others after them) the take's own and then per band
+    /// (in the take's band order); within each group errors, then warnings,
+    /// then information, each in the order found.
+    std::vector<PreparationMessage> groupedMessages() const;
     bool hasErrors() const { return messageCount(PreparationMessage::Severity::Error) > 0; }
 
-    /// Appends a message, unless the same one is there already.
+    /// Appends a message, unless it is there already: of the same severity,
+    /// take and band, one with the same subject and text, or one that tells
+    /// the text with a reason appended ("text: reason", of any subject). A
+    /// message without a subject is about the session (its directory
+    /// becomes the subject) and matches the same text of any subject.
     void add(PreparationMessage::Severity severity, std::string subject, std::string text);
+    void add(PreparationMessage message);
     void error(std::string subject, std::string text);
     void warning(std::string subject, std::string text);
+    void information(std::string subject, std::string text);
 };
 
 /// "written", "present", "failed" or "not checked".

@@ -13,6 +13,7 @@
 #include <platform/flightdata/FlightDataFactory.h>
 #include <platform/flightdata/Utility.h>
 #include <platform/util/ErrorText.h>
+#include <platform/util/InvalidFileError.h>
 #include <platform/util/FileSessionNameGenerator.h>
 #include <platform/util/RegularFile.h>
 
@@ -22,6 +23,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <map>
 #include <stdexcept>
 
 namespace datamodel {
@@ -114,6 +116,7 @@ RecordingSession::RecordingSession(const std::string& path, const OpenOptions& o
     m_sessionPath = QDir(qpath).canonicalPath().toStdString();
     if (!path.empty() && m_sessionPath.empty())
         throw std::runtime_error("Can't find path provided for RecordingSession: " + path);
+    m_leaveOutDisagreeingInfoFiles = options.leaveOutDisagreeingInfoFiles;
     initialize(path, options.throwOnPatternError);
     if (options.buildTakesNow)
         buildTakes(true);
@@ -310,14 +313,52 @@ void RecordingSession::buildTakesFromInfoFiles() const
         } catch (const std::exception&) {
             util::rethrowNaming("the info file", (raw + file).toStdString());
         }
-    for (const auto& info : infos) {
-        if (info->sensorId() != infos.front()->sensorId())
-            throw std::runtime_error("Inconsistent camera identifiers in .info files; found "
-                                     + util::excerpt(infos.front()->sensorId()) + " and " + util::excerpt(info->sensorId()));
-        if (info->sensorType() != infos.front()->sensorType())
-            throw std::runtime_error("Inconsistent camera types in .info files; found "
-                                     + util::excerpt(infos.front()->sensorType()) + " and " + util::excerpt(info->sensorType()));
-    }
+    // The file at fault is the one that differs from the most of them (a
+    // file without an identifier among many with one), named as the reason.
+    // Opened to leave such files out, the session keeps the rest.
+    auto checkSame = [&](const char* what, const char* field, auto value) {
+        std::map<std::string, int> counts;
+        for (const auto& info : infos)
+            ++counts[value(*info)];
+        if (counts.size() < 2)
+            return;
+        const std::string common
+            = std::max_element(counts.begin(), counts.end(), [](const auto& a, const auto& b) {
+                  return a.second < b.second;
+              })->first;
+        const auto typical = std::find_if(infos.begin(), infos.end(), [&](const auto& info) { return value(*info) == common; });
+        const std::string text = what + util::excerpt(value(*infos.front())) + " and ";
+        for (std::size_t i = 0; i < infos.size();) {
+            if (value(*infos[i]) == common) {
+                ++i;
+                continue;
+            }
+            const std::string& path = infos[i]->infoFileName();
+            const std::string& other = value(*infos.front()) == common ? value(*infos[i]) : common;
+            std::exception_ptr failure;
+            try {
+                try {
+                    throw util::InvalidFileError(path, path + " has the " + field + " \"" + util::excerpt(value(*infos[i]))
+                                                           + "\" where " + (*typical)->infoFileName() + " and "
+                                                           + std::to_string(counts[common] - 1) + " more have \""
+                                                           + util::excerpt(common) + "\"");
+                } catch (const std::exception&) {
+                    std::throw_with_nested(std::runtime_error(text + util::excerpt(other)));
+                }
+            } catch (...) {
+                failure = std::current_exception();
+            }
+            if (!m_leaveOutDisagreeingInfoFiles)
+                std::rethrow_exception(failure);
+            m_infoFileFailures.push_back(failure);
+            infos.erase(infos.begin() + std::ptrdiff_t(i));
+            files.removeAt(qsizetype(i));
+        }
+    };
+    checkSame("Inconsistent camera identifiers in .info files; found ", "camera identifier",
+              [](const InfoFile& info) -> const std::string& { return info.sensorId(); });
+    checkSame("Inconsistent camera types in .info files; found ", "camera type",
+              [](const InfoFile& info) -> const std::string& { return info.sensorType(); });
 
     // Distinct take names in listing order, each with its bands.
     const QRegularExpression pattern(sBandPattern, QRegularExpression::InvertedGreedinessOption);
@@ -375,6 +416,17 @@ Take* RecordingSession::buildSpecificTake(const std::string& takeName)
         return take.release();
     }
     throw std::runtime_error("Can't find Take: " + takeName);
+}
+
+bool RecordingSession::takeAndBandOfInfoFile(const std::string& path, std::string& take, std::string& band)
+{
+    static const QRegularExpression pattern(sBandPattern, QRegularExpression::InvertedGreedinessOption);
+    const QRegularExpressionMatch match = pattern.match(QFileInfo(QString::fromStdString(path)).fileName());
+    if (!match.hasMatch())
+        return false;
+    take = match.captured(1).toStdString();
+    band = (match.captured(3) + match.captured(4) + match.captured(5) + match.captured(6)).toStdString();
+    return true;
 }
 
 void RecordingSession::handleDarkTakes()

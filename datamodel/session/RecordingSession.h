@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <string>
 #include <vector>
@@ -84,6 +85,10 @@ public:
         /// constructor above does; otherwise the session opens without the
         /// pattern and fileNamePatternError() says why.
         bool throwOnPatternError = true;
+        /// Leave out the band info files that disagree with the others on
+        /// the camera identifier or type, instead of refusing to list the
+        /// takes; infoFileFailures() holds why.
+        bool leaveOutDisagreeingInfoFiles = false;
     };
     RecordingSession(const std::string& path, const OpenOptions& options);
 
@@ -97,7 +102,13 @@ public:
 
     /// The takes, built on first use from the session's strip files, flight
     /// data or band info files (unless takes were added with addTake).
+    /// Info files that disagree on the camera throw the inconsistency with
+    /// a util::InvalidFileError nested, naming the file that differs from
+    /// most of them.
     std::vector<Take*> takes() const override;
+    /// The take and band names in the name of a band's info file
+    /// ("L002PANF28A.info": "L002", "PANF28A"); false when it has none.
+    static bool takeAndBandOfInfoFile(const std::string& path, std::string& take, std::string& band);
     /// Every take of a session lives in the session directory.
     std::string directory(const Take& take) const override;
     /// The name made from the session naming pattern, or the session
@@ -192,6 +203,9 @@ public:
     /// have met but left out (a dangling link, a pipe or folder in a file's
     /// place, an unreadable file), each once, in the order met.
     const std::vector<SkippedFile>& skippedFiles() const { return m_skippedFiles; }
+    /// The failures of the info files left out as disagreeing (see
+    /// OpenOptions), each as takes() would have thrown it.
+    const std::vector<std::exception_ptr>& infoFileFailures() const { return m_infoFileFailures; }
     /// Writes the file naming pattern to raw/sessionData.xml.
     bool saveFileNamePattern();
 
@@ -241,6 +255,8 @@ private:
     std::string m_fileNamePatternError;
     std::string m_fileNamePatternIgnored;
     mutable std::vector<SkippedFile> m_skippedFiles;
+    mutable std::vector<std::exception_ptr> m_infoFileFailures;
+    bool m_leaveOutDisagreeingInfoFiles = false;
 };
 
 } // namespace datamodel

@@ -11,10 +11,13 @@
 #include <datamodel/trajectory/PosFile.h>
 #include <datamodel/trajectory/SbetFile.h>
 #include <datamodel/trajectory/SolFile.h>
+#include <datamodel/validation/CtgCoverageValidator.h>
+#include <datamodel/validation/PreparationValidation.h>
 
 #include <platform/flightdata/FlightDataFactory.h>
 #include <platform/flightdata/SessionInterface.h>
 #include <platform/util/ErrorText.h>
+#include <platform/util/InvalidFileError.h>
 #include <platform/util/ProgressInterface.h>
 
 #include <QDir>
@@ -23,6 +26,7 @@
 #include <algorithm>
 #include <exception>
 #include <memory>
+#include <optional>
 
 namespace datamodel {
 
@@ -38,6 +42,42 @@ std::string bandSubject(const Take& take, const std::string& band)
     return "take " + take.name() + ", band " + band;
 }
 
+/// A finding about a take, or one of its bands when `band` is not empty.
+void addAbout(PreparationReport& report, PreparationMessage::Severity severity, const Take& take,
+              const std::string& band, std::string text)
+{
+    report.add(PreparationMessage{severity, band.empty() ? takeSubject(take) : bandSubject(take, band),
+                                  std::move(text), take.name(), band});
+}
+
+/// The file a failure names through a util::InvalidFileError, itself or
+/// nested at any depth.
+std::optional<std::string> fileAtFault(const std::exception& failure)
+{
+    if (const auto* file = dynamic_cast<const util::InvalidFileError*>(&failure))
+        return file->path();
+    try {
+        std::rethrow_if_nested(failure);
+    } catch (const std::exception& inner) {
+        return fileAtFault(inner);
+    } catch (...) {
+    }
+    return std::nullopt;
+}
+
+/// A failure of the session as a message: about the file at fault (and the
+/// take and band of an info file), else about the session directory.
+PreparationMessage sessionFailure(const std::string& where, const std::exception& failure)
+{
+    PreparationMessage message{PreparationMessage::Severity::Error, where, util::fullMessage(failure), {}, {}};
+    if (const std::optional<std::string> path = fileAtFault(failure)) {
+        message.subject = *path;
+        if (QFileInfo(QString::fromStdString(*path)).suffix() == QLatin1String("info"))
+            RecordingSession::takeAndBandOfInfoFile(*path, message.take, message.band);
+    }
+    return message;
+}
+
 // A session's raw/ folder given instead of the session folder: the folder
 // is named raw and its parent holds the session's other folders.
 bool isRawFolderOfSession(const QFileInfo& folder)
@@ -51,12 +91,12 @@ bool isRawFolderOfSession(const QFileInfo& folder)
 // An SBET file without standard deviations is still a trajectory, but the
 // coverage and the quality of what is made from it take default ones: say
 // so, and why, naming the accuracy file.
-void reportAccuracyFile(const SbetFile& sbet, const std::string& name, PreparationReport& report)
+void reportAccuracyFile(const SbetFile& sbet, const std::string& description, PreparationReport& report)
 {
     if (sbet.hasStdDevs())
         return;
     const std::string accuracy = SbetFile::accuracyFileName(sbet.fileName());
-    const std::string defaults = "Standard deviations are defaults for " + name;
+    const std::string defaults = "Standard deviations are defaults for " + description;
     if (!QFileInfo::exists(QString::fromStdString(accuracy)))
         report.warning(accuracy, defaults + ": there is no accuracy file " + accuracy);
     else
@@ -67,6 +107,7 @@ void reportAccuracyFile(const SbetFile& sbet, const std::string& name, Preparati
 struct OpenTrajectory {
     std::unique_ptr<ImuTrajectory> trajectory;
     std::string name;
+    std::string description;
 };
 
 } // namespace
@@ -101,7 +142,8 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
     try {
         // A session data file that cannot be read costs the file naming
         // pattern, not the preparation.
-        session = std::make_unique<RecordingSession>(directory, RecordingSession::OpenOptions{false, false});
+        // Info files that disagree on the camera cost their bands, not the session.
+        session = std::make_unique<RecordingSession>(directory, RecordingSession::OpenOptions{false, false, true});
     } catch (const std::exception& e) {
         report.error(directory, util::fullMessage(e));
         return report;
@@ -116,14 +158,21 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
     try {
         report.sessionName = session->name();
     } catch (const std::exception& e) {
-        report.error(where, util::fullMessage(e));
+        report.add(sessionFailure(where, e));
     }
 
     std::vector<Take*> allTakes;
     try {
         allTakes = session->takes();
     } catch (const std::exception& e) {
-        report.error(where, util::fullMessage(e));
+        report.add(sessionFailure(where, e));
+    }
+    for (const std::exception_ptr& failure : session->infoFileFailures()) {
+        try {
+            std::rethrow_exception(failure);
+        } catch (const std::exception& e) {
+            report.add(sessionFailure(where, e));
+        }
     }
     if (allTakes.empty())
         report.error(where, "No takes in " + where);
@@ -140,7 +189,7 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
         cameraFile = session->flightDataSession()->cameraFile();
     } catch (const std::exception& e) {
         if (present(session->sessionPath() + "/mm/" + flightdata::FlightDataFactory::sFileName))
-            report.error(where, util::fullMessage(e));
+            report.add(sessionFailure(where, e));
     }
     if (!cameraFile.empty() && present(cameraFile)) {
         try {
@@ -154,7 +203,7 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
         const Sensor& sensor = session->sensor();
         report.sensor = SensorSummary{sensor.id(), sensor.type(), sensor.calibrationVersion(), sensor.cameraFile()};
     } catch (const std::exception& e) {
-        report.error(where, util::fullMessage(e));
+        report.add(sessionFailure(where, e));
     }
 
     // The time-mark file converts camera times to GPS times.
@@ -163,7 +212,7 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
         marks = &session->tmFile();
         report.timeMarks = TimeMarkSummary{marks->name(), marks->numLoadedSets(), marks->hasGpsRollover()};
     } catch (const std::exception& e) {
-        report.error(where, util::fullMessage(e));
+        report.add(sessionFailure(where, e));
     }
     // Marks that cannot be time marks convert nothing: no CTG file is
     // written from them.
@@ -171,7 +220,7 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
         try {
             marks->checkPlausible();
         } catch (const std::exception& e) {
-            report.error(where, util::fullMessage(e));
+            report.add(sessionFailure(where, e));
             marks = nullptr;
         }
     }
@@ -192,8 +241,14 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                         summary.format = "SOL";
                     else if (const auto* sbet = dynamic_cast<const SbetFile*>(trajectory->reader())) {
                         summary.format = "SBET";
-                        reportAccuracyFile(*sbet, id->name(), report);
+                        reportAccuracyFile(*sbet, id->description(), report);
                     }
+                    if (const int trailing = trajectory->reader()->trailingBytes())
+                        report.warning(summary.path,
+                                       summary.path + " ends inside a record: its last " + std::to_string(trailing)
+                                           + " bytes (of a record of "
+                                           + std::to_string(trajectory->reader()->recordBytes())
+                                           + ") are not part of the trajectory");
                     summary.opened = true;
                     summary.records = trajectory->numSets();
                     summary.recordIntervalSec = trajectory->frequency();
@@ -202,7 +257,7 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                         summary.gpsStartSec = trajectory->reader()->startTime().value();
                         summary.gpsEndSec = trajectory->reader()->endTime().value();
                     }
-                    trajectories.push_back({std::move(trajectory), id->name()});
+                    trajectories.push_back({std::move(trajectory), id->name(), id->description()});
                 } catch (const std::exception& e) {
                     summary.error = util::fullMessage(e);
                     report.error(summary.path.empty() ? id->name() : summary.path, summary.error);
@@ -210,7 +265,7 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                 report.trajectories.push_back(std::move(summary));
             }
         } catch (const std::exception& e) {
-            report.error(where, util::fullMessage(e));
+            report.add(sessionFailure(where, e));
         }
         if (report.trajectories.empty())
             report.error(where, "Cannot find any IMU trajectories (SBET or SOL files).");
@@ -245,7 +300,16 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
         auto fail = [&report](const Take& take, BandPreparation& band, const std::exception& error) {
             band = BandPreparation{band.band, band.ctFile, band.ctgFile, CtgStatus::Failed, {}, {}, {}, {}};
             band.error = util::fullMessage(error);
-            report.error(bandSubject(take, band.band), band.error);
+            addAbout(report, PreparationMessage::Severity::Error, take, band.band, band.error);
+        };
+        // Which trajectories hold every scan line of the take, band by band.
+        auto cover = [&](std::vector<std::string>& coveredBy, bool firstBand) {
+            std::vector<std::string> holding;
+            for (const OpenTrajectory& open : trajectories)
+                if ((firstBand || std::find(coveredBy.begin(), coveredBy.end(), open.name) != coveredBy.end())
+                    && CtgCoverageValidator::coversEveryLine(*open.trajectory, builder.times()))
+                    holding.push_back(open.name);
+            coveredBy = std::move(holding);
         };
         for (Take* take : takes) {
             TakePreparation item;
@@ -254,17 +318,22 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                 item.lineNumber = int(take->lineNumber());
             for (const Take* dark : take->darkTakes())
                 item.darkTakes.push_back(dark->name());
+            bool timedBand = false; // whether a band of the take had times
             for (L0Image* image : take->imagesL0()) {
                 BandPreparation band;
                 band.band = image->bandName();
                 band.ctFile = image->ctFilename();
                 band.ctgFile = image->ctgFilename();
-                auto keep = [&band](const CtgBuilder::Band& times, CtgStatus status) {
+                auto keep = [&](const CtgBuilder::Band& times, CtgStatus status) {
                     band.ctg = status;
                     band.lines = times.lines;
                     if (times.lines > 0) {
                         band.gpsStartSec = times.first.value();
                         band.gpsEndSec = times.last.value();
+                    }
+                    if (m_options.checkCoverage) {
+                        cover(item.coveredBy, !timedBand);
+                        timedBand = true;
                     }
                 };
                 bool write = false;
@@ -276,8 +345,8 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
                     } catch (const std::exception& e) {
                         write = m_options.writeCtg && marks;
                         if (write)
-                            report.warning(bandSubject(*take, band.band),
-                                           util::fullMessage(e) + "; the file is written again");
+                            addAbout(report, PreparationMessage::Severity::Warning, *take, band.band,
+                                     util::fullMessage(e) + "; the file is written again");
                         else
                             fail(*take, band, e);
                     }
@@ -320,23 +389,32 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
         }
     }
 
-    // Which trajectories hold each take's whole time range.
+    // A take whose lines no trajectory holds: the checks below say which
+    // lines of the take's trajectory are missing; without them, say it here.
     if (m_options.checkCoverage) {
         for (std::size_t i = 0; i < takes.size(); ++i) {
             TakePreparation& item = report.takes[i];
             if (!item.gpsStartSec) {
                 if (marks)
-                    report.error(takeSubject(*takes[i]), "Cannot compute min/max times for the image lines.");
+                    addAbout(report, PreparationMessage::Severity::Error, *takes[i], {},
+                             "Cannot compute min/max times for the image lines.");
                 continue;
             }
-            for (const OpenTrajectory& open : trajectories) {
-                if (open.trajectory->containsGpsTime(seconds(*item.gpsStartSec))
-                    && open.trajectory->containsGpsTime(seconds(*item.gpsEndSec)))
-                    item.coveredBy.push_back(open.name);
-            }
-            if (item.coveredBy.empty() && !trajectories.empty())
-                report.error(takeSubject(*takes[i]), "No trajectory covers take " + item.name);
+            if (item.coveredBy.empty() && !trajectories.empty() && !m_options.validate)
+                addAbout(report, PreparationMessage::Severity::Error, *takes[i], {},
+                         "No trajectory covers take " + item.name);
         }
+    }
+
+    if (m_options.validate) {
+        std::vector<PreparationValidation::Trajectory> open;
+        for (const OpenTrajectory& trajectory : trajectories)
+            open.push_back({trajectory.trajectory.get(), trajectory.name, trajectory.description});
+        PreparationValidation checks(*session, report, std::move(open));
+        if (marks)
+            checks.checkTimeMarks(*marks);
+        checks.checkTrajectories();
+        checks.checkTakes(takes, progress);
     }
 
     for (const auto& stage : m_stages) {

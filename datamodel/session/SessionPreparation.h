@@ -45,6 +45,10 @@ public:
         bool writeCtg = true;
         /// Work out which trajectories cover each take.
         bool checkCoverage = true;
+        /// Run the data-preparation checks of the time marks, trajectories,
+        /// takes and bands (PreparationValidation) once the CTG files are
+        /// there.
+        bool validate = true;
     };
 
     SessionPreparation();

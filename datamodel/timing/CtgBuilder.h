@@ -65,6 +65,10 @@ public:
     /// messages.
     Band check(const std::string& ctgFile, const std::string& ctFile, TmFile* tm = nullptr);
 
+    /// The GPS times of the band last written, staged or checked (until the
+    /// next band).
+    const std::vector<Seconds>& times() const { return m_gps; }
+
     /// How many scan lines between the first and the last check() compares
     /// with the conversion.
     static constexpr std::size_t sCheckedLines = 15;

@@ -176,11 +176,20 @@ void TmFile::computeFrequencies()
     m_ctPeriod = trimmedMeanStep(m_records, a, b, [](const TmRecord& r) { return r.ctTime; });
 }
 
+bool TmFile::isRolloverStep(const TmRecord& earlier, const TmRecord& later) const
+{
+    // Within two periods of the week's end on either side; or, when marks
+    // are missing around the week's end, GPS time running back by more than
+    // half a week (no other step does that in a file the checks accept).
+    const double limit = 2.0 * m_gpsPeriod;
+    return (later.gpsTime < limit && earlier.gpsTime > sWeekSec - limit)
+           || (later.gpsTime >= 0.0 && earlier.gpsTime < sWeekSec && later.gpsTime < earlier.gpsTime - 0.5 * sWeekSec);
+}
+
 void TmFile::repairRollover()
 {
-    const double limit = 2.0 * m_gpsPeriod;
     for (std::size_t i = 1; i < m_records.size(); ++i) {
-        if (m_records[i].gpsTime < limit && m_records[i - 1].gpsTime > sWeekSec - limit) {
+        if (isRolloverStep(m_records[i - 1], m_records[i])) {
             m_gpsRollover = true;
             // The earlier record's CT field (not its GPS field) is brought
             // back into the week: that is how these files are corrected.
@@ -441,9 +450,8 @@ bool TmFile::hasGpsRollover() const
 {
     if (m_gpsRollover)
         return true;
-    const double limit = 2.0 * m_gpsPeriod;
     for (std::size_t i = 1; i < m_records.size(); ++i)
-        if (m_records[i].gpsTime < limit && m_records[i - 1].gpsTime > sWeekSec - limit)
+        if (isRolloverStep(m_records[i - 1], m_records[i]))
             return true;
     return false;
 }

@@ -145,6 +145,8 @@ private:
     void computeFrequencies();
     /// Finds the rollover and shifts the GPS times after it; once only.
     void repairRollover();
+    /// Whether GPS time crosses the week's end from `earlier` to `later`.
+    bool isRolloverStep(const TmRecord& earlier, const TmRecord& later) const;
     /// Record `i`, bounds-checked like the vector access of the search.
     const TmRecord& recordAt(long long i) const;
     /// The index the search starts at, predicted from the period.

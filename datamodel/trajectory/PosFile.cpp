@@ -229,13 +229,14 @@ void PosFile::checkFile(RecordTest test, bool testLastRecord, RecordCheck check)
     m_startTime = firstTime;
     m_endTime = lastTime;
     m_numSets = int(count);
+    m_trailingBytes = int(size % recordBytes);
     m_position = 0;
     checkRecords(testLastRecord, check);
     mapFileIndex(sIndexStep);
     VNL_LOG_DEBUG(log(), m_fileName << ": " << m_numSets << " records from " << m_startTime << " to " << m_endTime
                                     << (hasGpsRollover() ? " (GPS week rollover)" : "") << ", " << m_index.size()
                                     << " index entries" << (m_ordered ? "" : ", not in increasing order")
-                                    << (size % recordBytes ? ", trailing partial record ignored" : ""));
+                                    << (m_trailingBytes ? ", trailing partial record ignored" : ""));
 }
 
 void PosFile::checkRecords(bool testLastRecord, RecordCheck check)

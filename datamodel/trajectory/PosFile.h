@@ -64,6 +64,9 @@ public:
     std::size_t indexEntries() const { return m_index.size(); }
     /// The size of one record in bytes.
     int recordBytes() const { return m_recordBytes; }
+    /// The bytes after the last complete record (a file cut short while it
+    /// was written); they are not part of the trajectory.
+    int trailingBytes() const { return m_trailingBytes; }
 
     /// The time of the first record.
     Seconds startTime() const { return seconds(m_startTime); }
@@ -292,6 +295,7 @@ private:
     std::string m_fileName;
     RecordLayout m_layout;
     int m_recordBytes = 0;
+    int m_trailingBytes = 0;
     const unsigned char* m_map = nullptr; ///< the whole file, when mapped
     qint64 m_mapBytes = 0;
     qint64 m_position = 0;                ///< reading position, bytes

@@ -58,6 +58,22 @@ CtgCoverageValidator::CtgCoverageValidator(Information* information, Warning* wa
 
 CtgCoverageValidator::~CtgCoverageValidator() = default;
 
+bool CtgCoverageValidator::coversEveryLine(const ImuTrajectory& trajectory, const std::vector<Seconds>& times)
+{
+    const std::size_t n = times.size();
+    const bool oneInterval = !trajectory.hasGpsRollover();
+    for (std::size_t begin = 0; begin < n; begin += sStretchLines) {
+        const std::size_t end = std::min(begin + sStretchLines, n);
+        if (oneInterval && ascending(times, begin, end) && trajectory.containsGpsTime(times[begin])
+            && trajectory.containsGpsTime(times[end - 1]))
+            continue;
+        for (std::size_t i = begin; i < end; ++i)
+            if (!trajectory.containsGpsTime(times[i]))
+                return false;
+    }
+    return true;
+}
+
 void CtgCoverageValidator::validate(L0Image& image)
 {
     validate(static_cast<const L0Image&>(image));

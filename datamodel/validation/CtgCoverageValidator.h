@@ -1,6 +1,9 @@
 #pragma once
 
+#include <datamodel/model/Seconds.h>
 #include <datamodel/validation/DataprepValidationTraverser.h>
+
+#include <vector>
 
 #include <cstddef>
 
@@ -55,6 +58,10 @@ public:
     virtual void validate(const L0Image& image);
     /// The same as validate(const L0Image&).
     void validate(L0Image& image) override;
+
+    /// Whether `trajectory` covers every one of `times`, asked as validate()
+    /// asks it (stretch by stretch).
+    static bool coversEveryLine(const ImuTrajectory& trajectory, const std::vector<Seconds>& times);
 
     /// Whether a band's end was not covered on a ZELM9 flight.
     virtual bool trajectoryFailed() const { return m_trajectoryFailed; }

@@ -41,20 +41,22 @@ void SessionValidationTraverser::checkTrajectories(const RecordingSession& sessi
         if (!id)
             continue;
         try {
-            const std::unique_ptr<ImuTrajectory> trajectory = session.createImuTrajectory(*id);
-            const std::string description = id->description();
-            if (!trajectory->hasStdDevs())
-                warning("Standard deviations are defaults for " + description);
-            if (trajectory->hasGpsRollover())
-                information("GPS rollover in " + description);
-            if (!trajectory->isMonotonicallyIncreasing())
-                information("Not all the records for the trajectory file " + description
-                            + " are in increasing order. " + "The index will use more memory ("
-                            + std::to_string(trajectory->numSets()) + " entries).");
+            checkTrajectory(*session.createImuTrajectory(*id), id->description());
         } catch (const std::exception& e) {
             error(e.what());
         }
     }
+}
+
+void SessionValidationTraverser::checkTrajectory(const ImuTrajectory& trajectory, const std::string& description)
+{
+    if (!trajectory.hasStdDevs())
+        warning("Standard deviations are defaults for " + description);
+    if (trajectory.hasGpsRollover())
+        information("GPS rollover in " + description);
+    if (!trajectory.isMonotonicallyIncreasing())
+        information("Not all the records for the trajectory file " + description + " are in increasing order. "
+                    + "The index will use more memory (" + std::to_string(trajectory.numSets()) + " entries).");
 }
 
 } // namespace datamodel

@@ -2,7 +2,11 @@
 
 #include <datamodel/validation/ValidationTraverser.h>
 
+#include <string>
+
 namespace datamodel {
+
+class ImuTrajectory;
 
 /// The checks of a whole recording session: its GNSS/IMU trajectory files,
 /// then a walk over its takes.
@@ -29,6 +33,9 @@ public:
     /// sampled. A trajectory that cannot be opened is an error (the
     /// reader's text).
     void checkTrajectories(const RecordingSession& session);
+    /// The checks of checkTrajectories() on one trajectory, opened by the
+    /// caller; `description` is the session's description of its file.
+    void checkTrajectory(const ImuTrajectory& trajectory, const std::string& description);
 };
 
 } // namespace datamodel

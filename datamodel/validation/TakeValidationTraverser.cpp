@@ -57,6 +57,25 @@ bool isUnrecordedLine(const std::string& band)
     return endsWith("F26B") || endsWith("B19B");
 }
 
+/// Whether the take is a dark (calibration) take of another take of its
+/// session: it is the dark take, it has none of its own.
+bool isDarkTakeOfSession(const Take& take)
+{
+    const RecordingSession* session = sessionOf(take);
+    if (!session)
+        return false;
+    try {
+        for (const Take* other : session->takes()) {
+            const std::vector<Take*> darks = other ? other->darkTakes() : std::vector<Take*>{};
+            if (std::find(darks.begin(), darks.end(), &take) != darks.end())
+                return true;
+        }
+    } catch (const std::exception&) {
+        // A session that cannot list its takes has no dark takes either.
+    }
+    return false;
+}
+
 } // namespace
 
 TakeValidationTraverser::TakeValidationTraverser(Take* take, Information* information, Warning* warning,
@@ -104,7 +123,7 @@ void TakeValidationTraverser::checkTake(Take& take)
         error(e.what());
     }
 
-    if (take.darkTakes().empty())
+    if (take.darkTakes().empty() && !isDarkTakeOfSession(take))
         warning("No dark takes available for take " + name);
 
     if (const RecordingSession* session = sessionOf(take)) {
@@ -157,10 +176,17 @@ void TakeValidationTraverser::checkTake(Take& take)
     }
 }
 
+void TakeValidationTraverser::useTrajectory(ImuTrajectory* trajectory)
+{
+    m_trajectoryOpened = true;
+    m_trajectory.reset();
+    m_checkedTrajectory = trajectory;
+}
+
 ImuTrajectory* TakeValidationTraverser::trajectory(const Take& take)
 {
     if (m_trajectoryOpened)
-        return m_trajectory.get();
+        return m_checkedTrajectory;
     m_trajectoryOpened = true;
     const RecordingSession* session = sessionOf(take);
     if (!session)
@@ -178,7 +204,8 @@ ImuTrajectory* TakeValidationTraverser::trajectory(const Take& take)
         error(e.what());
         m_trajectoryFailed = true;
     }
-    return m_trajectory.get();
+    m_checkedTrajectory = m_trajectory.get();
+    return m_checkedTrajectory;
 }
 
 void TakeValidationTraverser::validate(L0Image& image)
@@ -193,8 +220,12 @@ void TakeValidationTraverser::validate(L0Image& image)
 
     CameraTime& times = image.cameraTime();
     try {
-        if (!times.ctgFileCreated())
-            times.createFromCtTmFiles();
+        if (!times.ctgFileCreated()) {
+            if (m_createMissingCtgs)
+                times.createFromCtTmFiles();
+            else
+                m_ctgsMissing.push_back(&image);
+        }
     } catch (const std::exception& e) {
         m_ctgsMissing.push_back(&image);
         error(e.what());

@@ -50,6 +50,17 @@ public:
     /// the info file; the integration times; the trajectory's coverage.
     void validate(L0Image& image) override;
 
+    /// Checks `trajectory` (not owned, may be null for none), opened by the
+    /// caller, instead of opening the take's: a caller that checks many
+    /// takes opens each trajectory file once.
+    void useTrajectory(ImuTrajectory* trajectory);
+
+    /// Whether a missing CTG file is made from the CT and time-mark files
+    /// (the default); otherwise the image is only listed by missingCtgs().
+    /// A caller that has written every CTG file it could (and said why not
+    /// the others) turns it off.
+    void setCreateMissingCtgs(bool create) { m_createMissingCtgs = create; }
+
     /// Whether some image's CTG file was missing and could not be made.
     bool ctgsMissing() const { return !m_ctgsMissing.empty(); }
     /// The images whose CTG file was missing and could not be made.
@@ -72,9 +83,11 @@ private:
     util::ProgressInterface* m_progress;
     std::vector<L0Image*> m_ctgsMissing;
     bool m_trajectoryFailed = false;
+    bool m_createMissingCtgs = true;
     std::unique_ptr<Forwarder> m_forwarder;
     bool m_trajectoryOpened = false;
     std::unique_ptr<ImuTrajectory> m_trajectory;
+    ImuTrajectory* m_checkedTrajectory = nullptr; ///< m_trajectory or the caller's
     std::unique_ptr<CtgCoverageValidator> m_coverage;
 };
 
