@@ -186,9 +186,12 @@ private:
     double m_stageSec = 0.0;
 };
 
+// Writing the CTG files, as the floor does: without the data-preparation
+// checks (BM_CheckRealistic measures those).
 long prepare(const Flight& flight)
 {
     datamodel::SessionPreparation::Options options;
+    options.validate = false;
     StageClock clock;
     const datamodel::PreparationReport report =
         datamodel::SessionPreparation(options).run(flight.directory.toStdString(), &clock);
@@ -226,6 +229,55 @@ void BM_PrepareLinesPerTake(benchmark::State& state)
     measure(state, "prepare/" + std::to_string(state.range(0)), flight, [&] { return prepare(flight); });
 }
 
+// The checks of a prepared flight, CTG files present: the preparation in its
+// checking mode (open the session, read and check every CTG file, the
+// coverage), with the data-preparation checks (range 1) and without (0).
+// The difference is what the checks cost: time marks, trajectories, and per
+// band the pixel, info and integration-time files, the camera times and the
+// trajectory's coverage of every scan line.
+long check(const Flight& flight, bool validate)
+{
+    datamodel::SessionPreparation::Options options;
+    options.writeCtg = false;
+    options.validate = validate;
+    const datamodel::PreparationReport report = datamodel::SessionPreparation(options).run(flight.directory.toStdString());
+    long lines = 0;
+    for (const auto& take : report.takes)
+        for (const auto& band : take.bands)
+            lines += long(band.lines.value_or(0));
+    static bool told = false;
+    if (validate && !told) {
+        told = true;
+        std::fprintf(stderr, "checks of the realistic flight: %zu errors, %zu warnings, %zu notes\n",
+                     report.messageCount(datamodel::PreparationMessage::Severity::Error),
+                     report.messageCount(datamodel::PreparationMessage::Severity::Warning),
+                     report.messageCount(datamodel::PreparationMessage::Severity::Information));
+    }
+    return lines;
+}
+
+void BM_CheckRealistic(benchmark::State& state)
+{
+    const Flight& flight = flights().realistic();
+    static const bool prepared = prepare(flight) > 0;
+    if (!prepared) {
+        state.SkipWithError("the flight could not be prepared");
+        return;
+    }
+    const bool validate = state.range(0) != 0;
+    Best& best = sBest[validate ? "check+validate" : "check"];
+    for (auto _ : state) {
+        const double wall0 = wallSec();
+        const double cpu0 = cpuSec();
+        const long lines = check(flight, validate);
+        best.wallSec = std::min(best.wallSec, wallSec() - wall0);
+        best.cpuSec = std::min(best.cpuSec, cpuSec() - cpu0);
+        best.lines = lines;
+        state.counters["lines"] = double(lines);
+    }
+}
+
+BENCHMARK(BM_CheckRealistic)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->Iterations(5);
 BENCHMARK(BM_FloorRealistic)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->Iterations(5);
 BENCHMARK(BM_PrepareRealistic)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->Iterations(5);
 BENCHMARK(BM_PrepareLinesPerTake)
@@ -242,6 +294,15 @@ void printSummary()
                     name.c_str(), 1e3 * best.wallSec, 1e3 * best.cpuSec,
                     1e9 * best.cpuSec / double(std::max(1L, best.lines)),
                     1e9 * best.stageCpuSec / double(std::max(1L, best.lines)));
+    const auto checked = sBest.find("check");
+    const auto validated = sBest.find("check+validate");
+    if (checked != sBest.end() && validated != sBest.end())
+        std::printf("data-preparation checks of %ld scan lines: %.1f ms wall, %.1f ms CPU (target 500 ms), "
+                    "%.1f ns CPU per scan line\n",
+                    validated->second.lines, 1e3 * (validated->second.wallSec - checked->second.wallSec),
+                    1e3 * (validated->second.cpuSec - checked->second.cpuSec),
+                    1e9 * (validated->second.cpuSec - checked->second.cpuSec)
+                        / double(std::max(1L, validated->second.lines)));
     if (floor != sBest.end() && prepared != sBest.end())
         std::printf("prepare / floor: wall %.2fx (target 1.5x), CPU %.2fx (target 2x)\n",
                     prepared->second.wallSec / floor->second.wallSec, prepared->second.cpuSec / floor->second.cpuSec);
