@@ -168,6 +168,17 @@ TEST_F(TmFileTest, RolloverIsRepairedSoThatGpsTimeKeepsRising)
     EXPECT_NEAR(tm.gpsAtCT(seconds(3600.0 + 10.5 * timingtest::sCtRate)).value(), TmFile::sWeekSec + 0.5, 1e-9);
     EXPECT_TRUE(tm.analyzeAndFix());
 
+    // Marks missing around the week's end: still a rollover, repaired, and
+    // the marks pass the plausibility check.
+    std::vector<Mark> gapped;
+    for (std::size_t i = 0; i < marks.size(); ++i)
+        if (i < 8 || i > 12)
+            gapped.push_back(marks[i]);
+    const TmFile across(write(gapped, "gapped.dat"));
+    EXPECT_TRUE(across.hasGpsRollover());
+    EXPECT_EQ(across.gpsAtIndex(8).value(), TmFile::sWeekSec + 3.0);
+    EXPECT_NO_THROW(across.checkPlausible());
+
     // The same marks without the jump know no rollover.
     EXPECT_FALSE(TmFile(write(regularMarks(20), "plain.dat")).hasGpsRollover());
 }
