@@ -9,6 +9,7 @@ packages=(
     qt6-base-dev
     liblog4cxx-dev
     libboost-dev
+    libeigen3-dev
     libproj-dev proj-data
     libgdal-dev
     libxml2-dev

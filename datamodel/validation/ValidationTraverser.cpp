@@ -84,6 +84,8 @@ void ValidationTraverser::validate(CameraTime&) {}
 
 void ValidationTraverser::validate(ImuTrajectory&) {}
 
+void ValidationTraverser::validate(EopTrajectory&) {}
+
 void ValidationTraverser::error(const std::string& message)
 {
     if (m_error)

@@ -7,6 +7,7 @@ namespace datamodel {
 class Band;
 class Block;
 class CameraTime;
+class EopTrajectory;
 class Image;
 class ImageCollection;
 class ImuTrajectory;
@@ -76,6 +77,8 @@ public:
     virtual void validate(CameraTime& times);
     /// Checks nothing.
     virtual void validate(ImuTrajectory& trajectory);
+    /// Checks nothing.
+    virtual void validate(EopTrajectory& trajectory);
 
 protected:
     virtual void error(const std::string& message);

@@ -74,7 +74,7 @@ public:
     /// ellipsoidal height in metres.
     const geo::XYZPoint& anchorPoint() const;
     void setAnchorPoint(const geo::XYZPoint& anchor);
-    /// Samples per second as generated (0 when unknown).
+    /// The interval between samples as generated, s (0 when unknown).
     double frequency() const;
     void setFrequency(double frequency);
     /// The GPS week's start the sample times count from, s since the GPS

@@ -1,0 +1,319 @@
+#include <datamodel/trajectory/EopTrajectory.h>
+
+#include <datamodel/trajectory/ImuRecord.h>
+#include <datamodel/trajectory/ImuTrajectory.h>
+#include <datamodel/validation/ValidationTraverser.h>
+
+#include <platform/geo/coordSys.h>
+#include <platform/geo/coordSysFactory.h>
+#include <platform/sensor/EOPData.h>
+#include <platform/util/ProgressInterface.h>
+
+#include <Eigen/Geometry>
+
+#include <cmath>
+#include <numbers>
+#include <stdexcept>
+#include <vector>
+
+namespace datamodel {
+
+namespace {
+
+constexpr double sPi = std::numbers::pi;
+constexpr double sRadToDeg = 180.0 / sPi;
+
+Eigen::Matrix3d rx(double angle)
+{
+    return Eigen::AngleAxisd(angle, Eigen::Vector3d::UnitX()).toRotationMatrix();
+}
+Eigen::Matrix3d ry(double angle)
+{
+    return Eigen::AngleAxisd(angle, Eigen::Vector3d::UnitY()).toRotationMatrix();
+}
+Eigen::Matrix3d rz(double angle)
+{
+    return Eigen::AngleAxisd(angle, Eigen::Vector3d::UnitZ()).toRotationMatrix();
+}
+
+/// The local level (east, north, up) at a latitude and longitude, as a
+/// rotation from it into the Earth-centred frame.
+Eigen::Matrix3d ecefFromLocalLevel(double latitude, double longitude)
+{
+    return rz(longitude + sPi / 2.0) * rx(sPi / 2.0 - latitude);
+}
+
+/// The fixed parts of the rotation chain: the anchor's local level and the
+/// camera's misalignment.
+struct RotationContext {
+    Eigen::Matrix3d lsrFromEcef;
+    Eigen::Matrix3d bodyFromCamera;
+
+    RotationContext(const geo::XYZPoint& anchor, const geo::XYZPoint& misalignment)
+        : lsrFromEcef(ecefFromLocalLevel(anchor.y, anchor.x).transpose())
+        , bodyFromCamera(rx(misalignment.x) * ry(misalignment.y) * rz(misalignment.z))
+    {
+    }
+
+    /// The rotation from the camera frame into the anchored LSR frame for a
+    /// record: the record's local level into the anchor's, the quarter turn
+    /// from the navigation frame's axes (north, west, up after the heading)
+    /// to east, north, up, the body attitude (heading about the down axis,
+    /// pitch, roll), then the misalignment.
+    Eigen::Matrix3d lsrFromCamera(const ImuRecord& record) const
+    {
+        return lsrFromEcef * ecefFromLocalLevel(record.latitude, record.longitude) * rz(sPi / 2.0)
+            * rz(-record.heading) * ry(-record.pitch) * rx(record.roll) * bodyFromCamera;
+    }
+};
+
+/// Omega, phi and kappa of the rotation, extracted as the photogrammetric
+/// convention reads them (R = Rx(omega) Ry(phi) Rz(kappa)), with the
+/// corrections of phi for a negative cosine kept as they have always been.
+void omegaPhiKappa(const Eigen::Matrix3d& lsrFromCamera, double& omega, double& phi, double& kappa)
+{
+    // M is read by columns: M[i][j] = R(j, i).
+    const Eigen::Matrix3d m = lsrFromCamera.transpose();
+    phi = std::asin(m(2, 0));
+    const double c = std::cos(phi);
+    if (phi > 0.0 && c < 0.0)
+        phi = sPi - phi;
+    if (phi < 0.0 && c < 0.0)
+        phi = -sPi - phi;
+    omega = std::atan2(-m(2, 1) / c, m(2, 2) / c);
+    kappa = std::atan2(-m(1, 0) / c, m(0, 0) / c);
+}
+
+std::array<float, 4> quaternion(double omega, double phi, double kappa)
+{
+    const double a = -omega / 2.0;
+    const double b = -phi / 2.0;
+    const double g = -kappa / 2.0;
+    const double ca = std::cos(a), sa = std::sin(a);
+    const double cb = std::cos(b), sb = std::sin(b);
+    const double cg = std::cos(g), sg = std::sin(g);
+    return {float(ca * cb * cg + sa * sb * sg), float(sa * cb * cg - ca * sb * sg), float(sa * cb * sg + ca * sb * cg),
+            float(ca * cb * sg - sa * sb * cg)};
+}
+
+} // namespace
+
+EopTrajectory::EopTrajectory(const std::string& fileName, bool loadFlag)
+    : m_fileName(fileName)
+    , m_loadFlag(loadFlag)
+{
+}
+
+EopTrajectory::EopTrajectory(const ImuTrajectory& imu, Seconds startTime, Seconds endTime,
+                             const geo::XYZPoint& anchor, const geo::XYZPoint& misalignment, double zOffset,
+                             const QDate& flightDate, util::ProgressInterface* progress)
+{
+    const double start = startTime.value();
+    const double end = endTime.value();
+    util::ProgressTask task(progress, "EOP Generation", 0, (long long)std::llround(std::max(0.0, end - start)));
+    const double step = imu.frequency();
+    if (!(step > 0.0))
+        throw std::runtime_error("The trajectory " + imu.fileName() + " has no record interval to sample it at.");
+
+    const auto lsr = geo::coordSysFactory::getInstance().createLSR84(
+        geo::XYZPoint(anchor.x * sRadToDeg, anchor.y * sRadToDeg, anchor.z));
+    const auto wgs84 = geo::coordSysFactory::getInstance().createGEO84();
+    const RotationContext context(anchor, misalignment);
+
+    auto data = std::make_unique<sensor::EOPData>(std::string(), false, true);
+    data->setAnchorPoint(anchor);
+    data->setFrequency(step);
+
+    // The records first, then every position in one transform.
+    std::vector<double> times;
+    std::vector<ImuRecord> records;
+    for (double t = start; t <= end; t += step) {
+        ImuRecord record;
+        imu.getPosRecord(seconds(t), record);
+        times.push_back(t);
+        records.push_back(record);
+        if (records.size() % 4096 == 0)
+            task.report((long long)(t - start));
+    }
+    std::vector<geo::XYZPoint> positions;
+    positions.reserve(records.size());
+    for (const ImuRecord& record : records)
+        positions.emplace_back(record.longitude * sRadToDeg, record.latitude * sRadToDeg, record.height);
+    wgs84->transform(*lsr, positions);
+
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        const ImuRecord& record = records[i];
+        double omega = 0.0, phi = 0.0, kappa = 0.0;
+        omegaPhiKappa(context.lsrFromCamera(record), omega, phi, kappa);
+        sensor::EOP sample;
+        sample.time = times[i];
+        sample.flags = 0;
+        sample.q = quaternion(omega, phi, kappa);
+        sample.x = positions[i].x;
+        sample.y = positions[i].y;
+        sample.z = positions[i].z - zOffset;
+        const auto& sd = record.stdDev();
+        // x east, y north, z; then roll, pitch and heading as omega, phi, kappa.
+        data->append(sample, {sd[1], sd[0], sd[2], sd[3], sd[4], sd[5]});
+    }
+    task.report((long long)std::llround(std::max(0.0, end - start)));
+
+    data->setPosSource(imu.fileName());
+    data->setTmSource("Times from CTG files");
+    data->setAppSource("EopTrajectory");
+    data->setAbsTime(absoluteTime(flightDate));
+    m_data = std::move(data);
+}
+
+EopTrajectory::EopTrajectory(const EopTrajectory& other)
+    : Validatable(other)
+    , Trajectory(other)
+    , m_fileName(other.m_fileName)
+    , m_loadFlag(other.m_loadFlag)
+{
+}
+
+EopTrajectory& EopTrajectory::operator=(EopTrajectory& other)
+{
+    if (this == &other)
+        return *this;
+    m_fileName = other.m_fileName;
+    m_loadFlag = other.m_loadFlag;
+    m_data = std::move(other.m_data);
+    return *this;
+}
+
+EopTrajectory::~EopTrajectory() = default;
+
+std::uint32_t EopTrajectory::absoluteTime(const QDate& flightDate)
+{
+    const qint64 days = QDate(1999, 8, 22).daysTo(flightDate);
+    const qint64 weeks = days / 7; // toward zero
+    return std::uint32_t(weeks * 604800);
+}
+
+sensor::EOPData& EopTrajectory::data() const
+{
+    if (!m_data)
+        m_data = std::make_unique<sensor::EOPData>(m_fileName, true, m_loadFlag);
+    return *m_data;
+}
+
+int EopTrajectory::numSets() const
+{
+    return data().size();
+}
+
+double EopTrajectory::frequency() const
+{
+    return data().frequency();
+}
+
+bool EopTrajectory::hasStdDevs() const
+{
+    return data().hasStdDevs();
+}
+
+void EopTrajectory::stdDevAtIndex(int index, float& x, float& y, float& z, float& omega, float& phi,
+                                  float& kappa) const
+{
+    sensor::EOPStdDevs sd{};
+    if (data().stdDevAtIndex(index, sd) != 0)
+        throw std::runtime_error("Error reading from EOP.");
+    x = float(sd[0]), y = float(sd[1]), z = float(sd[2]), omega = float(sd[3]), phi = float(sd[4]),
+    kappa = float(sd[5]);
+}
+
+void EopTrajectory::stdDevAtGPS(Seconds gpsTime, float& x, float& y, float& z, float& omega, float& phi,
+                                float& kappa) const
+{
+    sensor::EOPStdDevs sd{};
+    if (data().stdDevAtGPS(gpsTime, sd) != 0)
+        throw std::runtime_error("Error reading from EOP.");
+    x = float(sd[0]), y = float(sd[1]), z = float(sd[2]), omega = float(sd[3]), phi = float(sd[4]),
+    kappa = float(sd[5]);
+}
+
+void EopTrajectory::setStdDevs(int index, float x, float y, float z, float omega, float phi, float kappa)
+{
+    // Said as a read, as it always has been, though it is a write.
+    if (!data().setStdDevs(index, {x, y, z, omega, phi, kappa}))
+        throw std::runtime_error("Error reading from EOP.");
+}
+
+void EopTrajectory::setDefaultStdDevs(float x, float y, float z, float omega, float phi, float kappa)
+{
+    data().setDefaultStdDevs({x, y, z, omega, phi, kappa});
+}
+
+void EopTrajectory::getRecord(int index, sensor::EOP& sample) const
+{
+    if (data().atIndex(index, sample) != 0)
+        throw std::runtime_error("Failed to get record.");
+}
+
+void EopTrajectory::setRecord(int index, sensor::EOP& sample)
+{
+    if (!data().setRecord(index, sample))
+        throw std::runtime_error("Failed to set EOP record.");
+}
+
+void EopTrajectory::atGPS(Seconds gpsTime, sensor::EOP& sample) const
+{
+    if (data().atGPS(gpsTime, sample) != 0)
+        throw std::runtime_error("EOPData::atGPS() failed.");
+}
+
+std::uint32_t EopTrajectory::absTime() const
+{
+    return data().absTime();
+}
+
+geo::XYZPoint EopTrajectory::anchorPoint() const
+{
+    return data().anchorPoint();
+}
+
+std::string EopTrajectory::appSource() const
+{
+    return data().appSource();
+}
+
+std::string EopTrajectory::posSource() const
+{
+    return data().posSource();
+}
+
+std::string EopTrajectory::tmSource() const
+{
+    return data().tmSource();
+}
+
+std::string EopTrajectory::filename() const
+{
+    if (m_data && !m_data->fileName().empty())
+        return m_data->fileName();
+    if (!m_fileName.empty())
+        return m_fileName;
+    throw std::runtime_error("EOPData not loaded.");
+}
+
+void EopTrajectory::setFileName(const std::string& fileName)
+{
+    m_fileName = fileName;
+    if (m_data)
+        m_data->setFileName(fileName);
+}
+
+void EopTrajectory::write(const std::string& fileName)
+{
+    data().write(fileName, 0);
+    m_fileName = fileName;
+}
+
+void EopTrajectory::traverse(ValidationTraverser& traverser)
+{
+    traverser.validate(*this);
+}
+
+} // namespace datamodel
