@@ -14,6 +14,7 @@ packages=(
     libgdal-dev
     libxml2-dev
     libgtest-dev libgmock-dev
+    libeigen3-dev
     libbenchmark-dev
     clang libclang-rt-dev
 )
