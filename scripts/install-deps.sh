@@ -14,7 +14,6 @@ packages=(
     libgdal-dev
     libxml2-dev
     libgtest-dev libgmock-dev
-    libeigen3-dev
     libbenchmark-dev
     clang libclang-rt-dev
 )

@@ -5,6 +5,7 @@
 
 #include <datamodel/trajectory/EopTrajectory.h>
 #include <datamodel/trajectory/ImuTrajectory.h>
+#include <datamodel/trajectory/PosFile.h>
 
 #include <platform/sensor/EOPData.h>
 
@@ -89,7 +90,9 @@ protected:
             // Times counted on past the week's end, as the take's scan lines are.
             const double first = samples.first()[QStringLiteral("gpsSec")].toDouble();
             auto counted = [first](double gpsSec) { return gpsSec < first ? gpsSec + sWeekSec : gpsSec; };
-            const double last = counted(samples.last()[QStringLiteral("gpsSec")].toDouble());
+            // Half a record past the last one: the sample times are summed up
+            // step by step and may land a rounding error behind the records'.
+            const double last = counted(samples.last()[QStringLiteral("gpsSec")].toDouble()) + 0.5 * imu.frequency();
             const QDate date = QDate::fromString(take[QStringLiteral("startUtc")].toString().left(10), Qt::ISODate);
             const EopTrajectory eop(imu, seconds(first), seconds(last),
                                     geo::XYZPoint(anchor[QStringLiteral("lonDeg")].toDouble() * sDegToRad,
