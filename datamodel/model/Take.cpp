@@ -5,6 +5,7 @@
 #include <datamodel/model/InfoFile.h>
 #include <datamodel/model/L0Image.h>
 #include <datamodel/model/L2Image.h>
+#include <datamodel/model/Sensor.h>
 #include <datamodel/model/Serializer.h>
 #include <datamodel/model/TakeManager.h>
 #include <datamodel/timing/CameraTime.h>
@@ -12,6 +13,9 @@
 #include <datamodel/timing/IntegrationTimeZelV2.h>
 #include <datamodel/timing/TdiDataZelV1.h>
 #include <datamodel/timing/TdiDataZelV2.h>
+#include <datamodel/trajectory/EopTrajectory.h>
+#include <datamodel/trajectory/ImuRecord.h>
+#include <datamodel/trajectory/ImuTrajectory.h>
 #include <datamodel/validation/ValidationTraverser.h>
 
 #include <platform/flightdata/Utility.h>
@@ -29,6 +33,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <numbers>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -430,6 +435,104 @@ void Take::setStartTimePosHeight(const QDateTime& time, const geo::XYPoint& posi
 void Take::setStopTimePosHeight(const QDateTime& time, const geo::XYPoint& position, float heightM)
 {
     m_stop = StartStopInformation{time, position, heightM};
+}
+
+ImuTrajectory& Take::imuTrajectory()
+{
+    if (m_imuTrajectory)
+        return *m_imuTrajectory;
+    const auto* session = dynamic_cast<const RecordingSession*>(m_manager);
+    if (!m_trajectorySource || !session)
+        throw std::runtime_error("No IMU Trajectory for take " + name());
+    m_imuTrajectory = session->createImuTrajectory(*m_trajectorySource);
+    return *m_imuTrajectory;
+}
+
+geo::XYPoint Take::computeAnchorPoint(const RecordingSession::ImuTrajectoryId* id, bool degrees) const
+{
+    const auto* session = dynamic_cast<const RecordingSession*>(m_manager);
+    std::vector<RecordingSession::ImuTrajectoryId*> listed;
+    if (session)
+        listed = session->imuTrajectories();
+    if (!id)
+        id = m_trajectorySource ? m_trajectorySource.get() : (listed.empty() ? nullptr : listed.front());
+    if (!id || !session)
+        throw std::runtime_error("Can't find an anchor point; there are no IMU trajectories.");
+    if (m_imagesL0.empty())
+        throw std::runtime_error("No images; can't determine start position.");
+    const Seconds first = m_imagesL0.front()->cameraTime().value(0);
+    ImuRecord record;
+    session->createImuTrajectory(*id)->getPosRecord(first, record);
+    const double scale = degrees ? 180.0 / std::numbers::pi : 1.0;
+    return geo::XYPoint(record.longitude * scale, record.latitude * scale);
+}
+
+void Take::setImuTrajectory(const RecordingSession::ImuTrajectoryId& id, const geo::XYPoint* anchorDeg,
+                            util::ProgressInterface* progress)
+{
+    if (m_imagesL0.empty())
+        throw std::runtime_error("No images; can't generate EOPs.");
+    const auto* session = dynamic_cast<const RecordingSession*>(m_manager);
+    if (!session)
+        throw std::runtime_error("No IMU Trajectory for take " + name());
+    double minSec = 0.0;
+    double maxSec = 0.0;
+    minMaxGpsTimes(minSec, maxSec);
+    std::unique_ptr<ImuTrajectory> imu = session->createImuTrajectory(id);
+    const geo::XYPoint anchor = anchorDeg ? *anchorDeg : computeAnchorPoint(&id, true);
+    constexpr double degToRad = std::numbers::pi / 180.0;
+    const Sensor& sensor = session->sensor();
+    auto eop = std::make_unique<EopTrajectory>(*imu, seconds(minSec), seconds(maxSec),
+                                               geo::XYZPoint(anchor.x * degToRad, anchor.y * degToRad, 0.0),
+                                               sensor.misalignment(), sensor.nominalZOffsetM(),
+                                               session->flightDate(), progress);
+    // Only a whole generation changes the take.
+    m_trajectorySource = std::make_unique<RecordingSession::ImuTrajectoryId>(id);
+    m_imuTrajectory = std::move(imu);
+    m_originalEop = std::move(eop);
+    m_eopGenerated = true;
+}
+
+EopTrajectory& Take::originalEopTrajectory()
+{
+    if (m_originalEop)
+        return *m_originalEop;
+    if (m_eopFilename.empty())
+        throw std::runtime_error("No EOP trajectory for " + name());
+    m_originalEop = std::make_unique<EopTrajectory>(locateFileInSession(m_eopFilename), true);
+    return *m_originalEop;
+}
+
+EopTrajectory& Take::adjustedEopTrajectory()
+{
+    if (m_adjustedEop)
+        return *m_adjustedEop;
+    if (m_adjustedEopFilename.empty())
+        throw std::runtime_error("There is no adjusted EOP trajectory for " + name());
+    m_adjustedEop = std::make_unique<EopTrajectory>(locateFileInSession(m_adjustedEopFilename), true);
+    return *m_adjustedEop;
+}
+
+EopTrajectory& Take::eopTrajectory()
+{
+    if (m_originalEop && m_adjustedEopFilename.empty())
+        return *m_originalEop;
+    if (!m_adjustedEopFilename.empty())
+        return adjustedEopTrajectory();
+    return originalEopTrajectory();
+}
+
+std::string Take::writeEopFile()
+{
+    if (!m_originalEop || !m_eopGenerated)
+        throw std::runtime_error("No EOP to write.");
+    const QString raw = QString::fromStdString(m_manager->directory(*this)) + QStringLiteral("/raw");
+    if (!QDir().mkpath(raw))
+        throw std::runtime_error("Failed to create: " + raw.toStdString());
+    const std::string path = (raw + QLatin1Char('/') + QString::fromStdString(name()) + QStringLiteral(".eop")).toStdString();
+    m_originalEop->write(path);
+    setEopTrajectory(path);
+    return path;
 }
 
 std::string Take::locateFileInSession(const std::string& name) const

@@ -18,9 +18,15 @@
 
 class QFileInfo;
 
+namespace util {
+class ProgressInterface;
+}
+
 namespace datamodel {
 
 class Block;
+class EopTrajectory;
+class ImuTrajectory;
 class InfoFile;
 class L0Image;
 class L2Image;
@@ -138,6 +144,42 @@ public:
     /// Takes `path`'s file name as the adjusted EOP file.
     void setAdjustedEopTrajectory(const std::string& path);
     bool hasAdjustedEopTrajectory() const { return !m_adjustedEopFilename.empty(); }
+    /// The take's GNSS/IMU trajectory, opened from its source on first use.
+    /// Throws "No IMU Trajectory for take " + name when no source is
+    /// assigned, and what opening the file throws.
+    ImuTrajectory& imuTrajectory();
+    /// Generates the take's original EOPs from the trajectory `id` over the
+    /// GPS time range of its scan lines, anchored at `anchorDeg` (longitude,
+    /// latitude in degrees, height 0) or, when null, at
+    /// computeAnchorPoint(&id, true); with the camera's misalignment, the
+    /// mount's nominal z offset and the session's flight date. Throws "No
+    /// images; can't generate EOPs." for a take without level-0 images, and
+    /// what the time range, the trajectory and the generation throw (the
+    /// take is then unchanged).
+    void setImuTrajectory(const RecordingSession::ImuTrajectoryId& id, const geo::XYPoint* anchorDeg = nullptr,
+                          util::ProgressInterface* progress = nullptr);
+    /// The take's EOPs: those generated or loaded as the original when no
+    /// adjusted EOP file is named; else the adjusted ones; else the original
+    /// EOP file's.
+    EopTrajectory& eopTrajectory();
+    /// The generated EOPs, or the original EOP file's, read on first use.
+    /// Throws "No EOP trajectory for " + name when there are none.
+    EopTrajectory& originalEopTrajectory();
+    /// The adjusted EOP file's, read on first use. Throws "There is no
+    /// adjusted EOP trajectory for " + name when none is named.
+    EopTrajectory& adjustedEopTrajectory();
+    /// Where the take begins: the trajectory `id` (the take's own source
+    /// when null, else the session's first trajectory) at the first scan
+    /// line of the first level-0 image; longitude and latitude in degrees
+    /// when `degrees`, else radians. Throws "Can't find an anchor point;
+    /// there are no IMU trajectories." and "No images; can't determine start
+    /// position.".
+    geo::XYPoint computeAnchorPoint(const RecordingSession::ImuTrajectoryId* id, bool degrees) const;
+    /// Writes the generated EOPs next to the strip file (raw/<take>.eop),
+    /// whole or not at all, names it as the take's original EOP file and
+    /// returns its path. Throws "No EOP to write." when none were
+    /// generated, "Failed to create: " + folder.
+    std::string writeEopFile();
     /// The GPS time range of the take's scan lines, s: the widest range of
     /// the level-0 images' camera times (an image whose times fail is
     /// skipped). Throws "Cannot compute min/max times for the image lines."
@@ -235,6 +277,10 @@ private:
     std::string m_lineLabel;
     std::vector<L2Image*> m_imagesL2;
     std::unique_ptr<RecordingSession::ImuTrajectoryId> m_trajectorySource;
+    std::unique_ptr<ImuTrajectory> m_imuTrajectory;
+    std::unique_ptr<EopTrajectory> m_originalEop;
+    bool m_eopGenerated = false;
+    std::unique_ptr<EopTrajectory> m_adjustedEop;
     std::string m_imagesLocation;
     std::vector<L0Image*> m_imagesL0;
     std::vector<Take*> m_darkTakes;

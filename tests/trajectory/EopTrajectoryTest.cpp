@@ -3,6 +3,8 @@
 // flights in several directions, at several latitudes and across the GPS
 // week's end; and the trajectory's own bookkeeping.
 
+#include <datamodel/model/Take.h>
+#include <datamodel/session/RecordingSession.h>
 #include <datamodel/trajectory/EopTrajectory.h>
 #include <datamodel/trajectory/ImuTrajectory.h>
 #include <datamodel/trajectory/PosFile.h>
@@ -198,6 +200,71 @@ TEST(EopTrajectory, SamplesAtTheImuIntervalFromTheStart)
     EXPECT_EQ(EopTrajectory::absoluteTime(QDate(1999, 8, 22)), 0u);
     EXPECT_EQ(EopTrajectory::absoluteTime(QDate(1999, 8, 28)), 0u);
     EXPECT_EQ(EopTrajectory::absoluteTime(QDate(1999, 8, 29)), 604800u);
+}
+
+TEST(TakeEops, AreGeneratedWrittenNamedAndReadBack)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    auto config = flightsim::SimulationConfig::preset(flightsim::SimulationConfig::Preset::Tiny);
+    const QString path = dir.path() + QStringLiteral("/s");
+    flightsim::FlightSimulator(config).run(path);
+    QFile file(path + QStringLiteral("/truth.json"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QJsonObject anchor = QJsonDocument::fromJson(file.readAll())
+                                   .object()[QStringLiteral("takes")]
+                                   .toArray()[0][QStringLiteral("exteriorOrientation")][QStringLiteral("anchor")]
+                                   .toObject();
+
+    datamodel::RecordingSession session(path.toStdString());
+    datamodel::Take& take = *session.takes().at(0);
+    const std::string name = take.name();
+    auto expectFailure = [](auto call, const std::string& text) {
+        try {
+            call();
+            ADD_FAILURE() << "no failure; expected " << text;
+        } catch (const std::runtime_error& e) {
+            EXPECT_EQ(e.what(), text);
+        }
+    };
+    expectFailure([&] { take.writeEopFile(); }, "No EOP to write.");
+    expectFailure([&] { take.eopTrajectory(); }, "No EOP trajectory for " + name);
+    expectFailure([&] { take.adjustedEopTrajectory(); }, "There is no adjusted EOP trajectory for " + name);
+    expectFailure([&] { take.imuTrajectory(); }, "No IMU Trajectory for take " + name);
+
+    // The anchor is where the take begins.
+    const datamodel::RecordingSession::ImuTrajectoryId& sbet = *session.imuTrajectories().back();
+    const geo::XYPoint start = take.computeAnchorPoint(&sbet, true);
+    EXPECT_NEAR(start.x, anchor[QStringLiteral("lonDeg")].toDouble(), 1e-7);
+    EXPECT_NEAR(start.y, anchor[QStringLiteral("latDeg")].toDouble(), 1e-7);
+
+    take.setImuTrajectory(sbet, nullptr, nullptr);
+    const int samples = take.eopTrajectory().numSets();
+    EXPECT_GT(samples, 1);
+    EXPECT_EQ(take.imuTrajectorySource()->name(), sbet.name());
+    const std::string written = take.writeEopFile();
+    EXPECT_EQ(written, path.toStdString() + "/raw/" + name + ".eop");
+    EXPECT_EQ(take.eopFilename(), name + ".eop");
+
+    // Read back: a copy reads its own samples, an assignment takes them.
+    const EopTrajectory fromFile(written, true);
+    EXPECT_EQ(fromFile.numSets(), samples);
+    EXPECT_EQ(fromFile.absTime(), take.eopTrajectory().absTime());
+    sensor::EOP a;
+    sensor::EOP b;
+    fromFile.getRecord(samples - 1, a);
+    take.eopTrajectory().getRecord(samples - 1, b);
+    EXPECT_EQ(a.time, b.time);
+    EXPECT_EQ(a.q, b.q);
+    EXPECT_EQ(a.x, b.x);
+    EopTrajectory copy(fromFile);
+    EXPECT_EQ(copy.numSets(), samples);
+    EopTrajectory assigned(std::string(), true);
+    assigned = copy;
+    EXPECT_EQ(assigned.numSets(), samples);
+    EXPECT_EQ(copy.numSets(), samples); // read again from the file
+    expectFailure([&] { fromFile.getRecord(samples, a); }, "Failed to get record.");
+    expectFailure([&] { fromFile.atGPS(seconds(a.time + 1000.0), a); }, "EOPData::atGPS() failed.");
 }
 
 } // namespace
