@@ -76,6 +76,7 @@ int CtgCommand::run(const Invocation& invocation)
     options.writeCtg = true;
     options.checkCoverage = false;
     options.validate = false;
+    options.writeEop = false;
     for (const QString& take : invocation.parser.values(sTakeOption))
         options.takes.push_back(take.toStdString());
     const datamodel::PreparationReport report = prepareSession(directory, options, invocation.json);

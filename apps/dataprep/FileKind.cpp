@@ -80,6 +80,8 @@ FileKind::Kind FileKind::fromName(const QString& path)
         return Ct;
     if (suffix == QLatin1String("ctg"))
         return Ctg;
+    if (suffix == QLatin1String("eop") || name.endsWith(QLatin1String(".eop.adj")))
+        return Eop;
     if (suffix == QLatin1String("tm") || (suffix == QLatin1String("dat") && name.startsWith(QLatin1String("tm"))))
         return TimeMarks;
     if (name.contains(QLatin1String("smrmsg")))
@@ -100,6 +102,8 @@ FileKind::Kind FileKind::fromContent(const QString& path)
     const QByteArray head = file.peek(sSolRecordBytes + 2);
     if (head.startsWith(raster::CtFile::sSignature))
         return Ct;
+    if (head.startsWith(QByteArray("EOPDATA\0", 8)))
+        return Eop;
     if (head.startsWith("\xBB\x55")
         && (file.size() < 2 * sSolRecordBytes || head.mid(sSolRecordBytes, 2) == QByteArray("\xBB\x55")))
         return Sol;
@@ -164,6 +168,8 @@ const char* FileKind::description(Kind kind)
         return "an smrmsg accuracy file";
     case Sol:
         return "a SOL file";
+    case Eop:
+        return "an EOP file";
     case Xml:
         return "an XML file";
     case Unknown:

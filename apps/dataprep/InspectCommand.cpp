@@ -1,5 +1,6 @@
 #include "InspectCommand.h"
 
+#include "EopFileInspection.h"
 #include "FileKind.h"
 #include "InfoFileInspection.h"
 #include "ScanLineDataInspection.h"
@@ -64,6 +65,8 @@ Inspection inspect(const QString& path, FileKind::Kind kind)
     case FileKind::Smrmsg:
     case FileKind::Sol:
         return inspectTrajectoryFile(path, kind);
+    case FileKind::Eop:
+        return inspectEopFile(path);
     case FileKind::Xml:
     case FileKind::Unknown:
         break;

@@ -88,6 +88,15 @@ Fields takeFields(const datamodel::TakePreparation& take, bool coverage)
     fields.add(QStringLiteral("gpsEndSec"), number(take.gpsEndSec));
     fields.add(QStringLiteral("coveredBy"), coverage ? QJsonValue(textArray(take.coveredBy)) : QJsonValue());
     fields.add(QStringLiteral("bands"), QString(), std::move(bands));
+    std::optional<Fields> eop;
+    if (take.eop) {
+        eop.emplace();
+        eop->add(QStringLiteral("trajectory"), text(take.eop->trajectory));
+        eop->add(QStringLiteral("file"), textOrNull(take.eop->file));
+        eop->add(QStringLiteral("samples"), qint64(take.eop->samples));
+        eop->add(QStringLiteral("intervalSec"), take.eop->intervalSec);
+    }
+    fields.add(QStringLiteral("eop"), QString(), std::move(eop));
     return fields;
 }
 

@@ -51,6 +51,9 @@ void printTake(const datamodel::TakePreparation& take)
     std::printf("\n    GPS start   %s\n    GPS end     %s\n    Covered by  %s\n    Dark takes  %s\n",
                 qPrintable(secondsText(take.gpsStartSec)), qPrintable(secondsText(take.gpsEndSec)),
                 joined(take.coveredBy, "(no trajectory)").c_str(), joined(take.darkTakes, "none").c_str());
+    if (take.eop)
+        std::printf("    EOP file    %s (%d samples every %s from %s)\n", take.eop->file.c_str(), take.eop->samples,
+                    qPrintable(intervalText(take.eop->intervalSec)), take.eop->trajectory.c_str());
     std::printf("    %-10s %8s  %-11s %s\n", "Band", "Lines", "CTG", "CTG file");
     for (const datamodel::BandPreparation& band : take.bands) {
         const std::string lines = band.lines ? std::to_string(*band.lines) : "-";

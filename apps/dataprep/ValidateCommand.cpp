@@ -112,6 +112,7 @@ int ValidateCommand::run(const Invocation& invocation)
     const QString directory = invocation.arguments.first();
     datamodel::SessionPreparation::Options options;
     options.writeCtg = false;
+    options.writeEop = false;
     for (const QString& take : invocation.parser.values(sTakeOption))
         options.takes.push_back(take.toStdString());
     const datamodel::PreparationReport report = prepareSession(directory, options, invocation.json);

@@ -4,6 +4,7 @@
 #include "CommandRunner.h"
 #include "CtgCommand.h"
 #include "DemoCommand.h"
+#include "EopCommand.h"
 #include "InspectCommand.h"
 #include "Output.h"
 #include "PrepareCommand.h"
@@ -25,6 +26,7 @@ int main(int argc, char** argv)
     dataprep::CommandRunner runner;
     runner.add(std::make_unique<dataprep::CtgCommand>());
     runner.add(std::make_unique<dataprep::DemoCommand>());
+    runner.add(std::make_unique<dataprep::EopCommand>());
     runner.add(std::make_unique<dataprep::InspectCommand>());
     runner.add(std::make_unique<dataprep::PrepareCommand>());
     runner.add(std::make_unique<dataprep::SimulateCommand>());

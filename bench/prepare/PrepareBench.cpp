@@ -192,6 +192,7 @@ long prepare(const Flight& flight)
 {
     datamodel::SessionPreparation::Options options;
     options.validate = false;
+    options.writeEop = false;
     StageClock clock;
     const datamodel::PreparationReport report =
         datamodel::SessionPreparation(options).run(flight.directory.toStdString(), &clock);
@@ -240,6 +241,7 @@ long check(const Flight& flight, bool validate)
     datamodel::SessionPreparation::Options options;
     options.writeCtg = false;
     options.validate = validate;
+    options.writeEop = false;
     const datamodel::PreparationReport report = datamodel::SessionPreparation(options).run(flight.directory.toStdString());
     long lines = 0;
     for (const auto& take : report.takes)

@@ -81,6 +81,17 @@ struct BandPreparation {
     std::string error;
 };
 
+/// The exterior orientation generated for a take.
+struct EopSummary {
+    /// The trajectory file it was generated from, as the session lists it.
+    std::string trajectory;
+    /// The EOP file written; empty when not written.
+    std::string file;
+    int samples = 0;
+    /// The interval between samples, s.
+    double intervalSec = 0.0;
+};
+
 /// One take (flight line) of the session.
 struct TakePreparation {
     std::string name;
@@ -90,8 +101,10 @@ struct TakePreparation {
     /// The take's GPS time range over all its bands, s of the GPS week.
     std::optional<double> gpsStartSec;
     std::optional<double> gpsEndSec;
-    /// Names of the trajectories that hold the whole time range.
+    /// Names of the trajectories that hold every scan line.
     std::vector<std::string> coveredBy;
+    /// The EOPs generated for the take, when they were.
+    std::optional<EopSummary> eop;
 };
 
 /// Everything a session preparation found and did.

@@ -3,6 +3,7 @@
 #include <datamodel/model/L0Image.h>
 #include <datamodel/model/Sensor.h>
 #include <datamodel/model/Take.h>
+#include <datamodel/session/EopGenerationStage.h>
 #include <datamodel/session/RecordingSession.h>
 #include <datamodel/session/SessionDataFile.h>
 #include <datamodel/timing/CtgBuilder.h>
@@ -415,6 +416,15 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
             checks.checkTimeMarks(*marks);
         checks.checkTrajectories();
         checks.checkTakes(takes, progress);
+    }
+
+    if (m_options.writeEop && m_options.checkCoverage) {
+        EopGenerationStage eops(m_options.eopTrajectory);
+        try {
+            eops.run(*session, takes, report, progress);
+        } catch (const std::exception& e) {
+            report.error(where, eops.name() + ": " + util::fullMessage(e));
+        }
     }
 
     for (const auto& stage : m_stages) {

@@ -32,7 +32,8 @@ public:
 /// sensor, time-mark file, trajectories, takes and bands, writes every
 /// missing CTG file (the GPS time of every scan line, from the band's CT file
 /// and the session's time-mark file), gives each take its GPS time range and
-/// the trajectories that hold it, then runs the stages added. Nothing is
+/// the trajectories that hold it, runs the data-preparation checks, writes
+/// the EOP file of every covered take, then runs the stages added. Nothing is
 /// thrown for a fault of the flight: every finding is a message of the
 /// report, with the file, take or band it concerns.
 class SessionPreparation {
@@ -49,6 +50,12 @@ public:
         /// takes and bands (PreparationValidation) once the CTG files are
         /// there.
         bool validate = true;
+        /// Generate and write the EOP file of every take whose scan lines
+        /// a trajectory covers (EopGenerationStage), after the checks.
+        bool writeEop = true;
+        /// The trajectory to generate EOPs from (name or path); empty to
+        /// choose per take.
+        std::string eopTrajectory;
     };
 
     SessionPreparation();

@@ -58,6 +58,7 @@ protected:
     {
         SessionPreparation::Options options;
         options.validate = false;
+        options.writeEop = false;
         return options;
     }
     std::string sessionPath() const { return session().toStdString(); }

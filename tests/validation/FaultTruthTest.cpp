@@ -91,9 +91,10 @@ Expectation expectationOf(const QJsonObject& fault, const QJsonObject& truth, co
         Expectation expectation;
         for (const QString& code : config.bands)
             expectation.required.push_back({Severity::Error, " not covered by trajectory ", take, code.toStdString()});
-        // The angular rates cannot be read over the whole take either.
+        // Neither the angular rates nor the EOPs can be had over the whole take.
         expectation.allowed.push_back(
             {Severity::Error, "GPS time is out side of recording time for the trajectory.", take, {}});
+        expectation.allowed.push_back({Severity::Error, "No EOPs for take " + take, take, {}});
         return expectation;
     }
     if (name == "heavy-turbulence") {

@@ -26,6 +26,18 @@ foreach(i RANGE ${last})
     endif()
 endforeach()
 
+# The EOPs of every take: prepare writes them, eop writes them from the
+# trajectory asked for, inspect reads them back.
+expect_json("takes;2;eop;trajectory" sbet_S260514_0830.out)
+expect_json("takes;2;eop;file" "${session}/raw/L001.eop")
+run(0 eop "${session}" --take L002 --trajectory S260514_0830.sol --json)
+expect_json("takes;0;name" L002)
+expect_json("takes;0;eop;trajectory" S260514_0830.sol)
+run(0 inspect "${session}/raw/L002.eop" --json)
+expect_json("eop;positionSource" "${session}/gps-imu/S260514_0830/proc/S260514_0830.sol")
+run(1 eop "${session}" --trajectory nothing.sol)
+expect_in("${err}" "No trajectory nothing.sol in ${session}")
+
 # A trajectory that ends in the middle of the last take leaves its last
 # scan lines uncovered, band by band; validate says the same and writes nothing.
 set(short "${WORK}/short")
