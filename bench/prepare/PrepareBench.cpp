@@ -13,7 +13,12 @@
 
 #include "ctg_floor.h"
 
+#include <datamodel/model/Sensor.h>
+#include <datamodel/model/Take.h>
+#include <datamodel/session/RecordingSession.h>
 #include <datamodel/session/SessionPreparation.h>
+#include <datamodel/trajectory/EopTrajectory.h>
+#include <datamodel/trajectory/ImuTrajectory.h>
 
 #include <platform/util/ProgressInterface.h>
 
@@ -279,6 +284,54 @@ void BM_CheckRealistic(benchmark::State& state)
     }
 }
 
+// The exterior orientation of every take of the realistic flight from its
+// SBET file (opened once), at the trajectory's record rate over the take's
+// scan lines: the generation alone, without writing.
+void BM_EopRealistic(benchmark::State& state)
+{
+    const Flight& flight = flights().realistic();
+    static const bool prepared = prepare(flight) > 0;
+    if (!prepared) {
+        state.SkipWithError("the flight could not be prepared");
+        return;
+    }
+    datamodel::RecordingSession session(flight.directory.toStdString());
+    const datamodel::RecordingSession::ImuTrajectoryId* sbet = nullptr;
+    for (const auto* id : session.imuTrajectories())
+        if (id->name().rfind("sbet", 0) == 0)
+            sbet = id;
+    if (!sbet) {
+        state.SkipWithError("no SBET file");
+        return;
+    }
+    const std::unique_ptr<datamodel::ImuTrajectory> imu = session.createImuTrajectory(*sbet);
+    struct Span {
+        double first, last;
+        geo::XYZPoint anchor;
+    };
+    std::vector<Span> spans;
+    for (datamodel::Take* take : session.takes()) {
+        double first = 0.0, last = 0.0;
+        take->minMaxGpsTimes(first, last);
+        const geo::XYPoint start = take->computeAnchorPoint(sbet, false);
+        spans.push_back({first, last, geo::XYZPoint(start.x, start.y, 0.0)});
+    }
+    const geo::XYZPoint misalignment = session.sensor().misalignment();
+    const double zOffset = session.sensor().nominalZOffsetM();
+    long samples = 0;
+    for (auto _ : state) {
+        samples = 0;
+        for (const Span& span : spans) {
+            const datamodel::EopTrajectory eop(*imu, datamodel::seconds(span.first), datamodel::seconds(span.last),
+                                               span.anchor, misalignment, zOffset, session.flightDate(), nullptr);
+            samples += eop.numSets();
+        }
+    }
+    state.counters["samples"] = double(samples);
+    state.counters["samplesPerSec"] = benchmark::Counter(double(samples), benchmark::Counter::kIsIterationInvariantRate);
+}
+
+BENCHMARK(BM_EopRealistic)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->Iterations(5);
 BENCHMARK(BM_CheckRealistic)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->Iterations(5);
 BENCHMARK(BM_FloorRealistic)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->Iterations(5);
 BENCHMARK(BM_PrepareRealistic)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->Iterations(5);

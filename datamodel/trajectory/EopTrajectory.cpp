@@ -11,6 +11,7 @@
 
 #include <Eigen/Geometry>
 
+#include <climits>
 #include <cmath>
 #include <numbers>
 #include <stdexcept>
@@ -23,17 +24,27 @@ namespace {
 constexpr double sPi = std::numbers::pi;
 constexpr double sRadToDeg = 180.0 / sPi;
 
+// The elementary rotations, counter-clockwise about their axis.
 Eigen::Matrix3d rx(double angle)
 {
-    return Eigen::AngleAxisd(angle, Eigen::Vector3d::UnitX()).toRotationMatrix();
+    const double c = std::cos(angle), s = std::sin(angle);
+    Eigen::Matrix3d r;
+    r << 1.0, 0.0, 0.0, 0.0, c, -s, 0.0, s, c;
+    return r;
 }
 Eigen::Matrix3d ry(double angle)
 {
-    return Eigen::AngleAxisd(angle, Eigen::Vector3d::UnitY()).toRotationMatrix();
+    const double c = std::cos(angle), s = std::sin(angle);
+    Eigen::Matrix3d r;
+    r << c, 0.0, s, 0.0, 1.0, 0.0, -s, 0.0, c;
+    return r;
 }
 Eigen::Matrix3d rz(double angle)
 {
-    return Eigen::AngleAxisd(angle, Eigen::Vector3d::UnitZ()).toRotationMatrix();
+    const double c = std::cos(angle), s = std::sin(angle);
+    Eigen::Matrix3d r;
+    r << c, -s, 0.0, s, c, 0.0, 0.0, 0.0, 1.0;
+    return r;
 }
 
 /// The local level (east, north, up) at a latitude and longitude, as a
@@ -48,6 +59,7 @@ Eigen::Matrix3d ecefFromLocalLevel(double latitude, double longitude)
 struct RotationContext {
     Eigen::Matrix3d lsrFromEcef;
     Eigen::Matrix3d bodyFromCamera;
+    Eigen::Matrix3d quarterTurn = rz(sPi / 2.0);
 
     RotationContext(const geo::XYZPoint& anchor, const geo::XYZPoint& misalignment)
         : lsrFromEcef(ecefFromLocalLevel(anchor.y, anchor.x).transpose())
@@ -62,7 +74,7 @@ struct RotationContext {
     /// pitch, roll), then the misalignment.
     Eigen::Matrix3d lsrFromCamera(const ImuRecord& record) const
     {
-        return lsrFromEcef * ecefFromLocalLevel(record.latitude, record.longitude) * rz(sPi / 2.0)
+        return lsrFromEcef * ecefFromLocalLevel(record.latitude, record.longitude) * quarterTurn
             * rz(-record.heading) * ry(-record.pitch) * rx(record.roll) * bodyFromCamera;
     }
 };
@@ -124,39 +136,38 @@ EopTrajectory::EopTrajectory(const ImuTrajectory& imu, Seconds startTime, Second
     data->setAnchorPoint(anchor);
     data->setFrequency(step);
 
-    // The records first, then every position in one transform.
-    std::vector<double> times;
-    std::vector<ImuRecord> records;
-    for (double t = start; t <= end; t += step) {
-        ImuRecord record;
-        imu.getPosRecord(seconds(t), record);
-        times.push_back(t);
-        records.push_back(record);
-        if (records.size() % 4096 == 0)
-            task.report((long long)(t - start));
-    }
+    // Attitudes and standard deviations record by record, straight into
+    // the container, then every position in one transform.
+    const double span = end - start;
+    const std::size_t expected = span >= 0.0 ? std::size_t(span / step) + 2 : 0;
+    data->reserve(int(std::min<std::size_t>(expected, std::size_t(INT_MAX))));
     std::vector<geo::XYZPoint> positions;
-    positions.reserve(records.size());
-    for (const ImuRecord& record : records)
-        positions.emplace_back(record.longitude * sRadToDeg, record.latitude * sRadToDeg, record.height);
-    wgs84->transform(*lsr, positions);
-
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        const ImuRecord& record = records[i];
+    positions.reserve(expected);
+    ImuRecord record;
+    sensor::EOP sample;
+    for (double t = start; t <= end; t += step) {
+        imu.getPosRecord(seconds(t), record);
         double omega = 0.0, phi = 0.0, kappa = 0.0;
         omegaPhiKappa(context.lsrFromCamera(record), omega, phi, kappa);
-        sensor::EOP sample;
-        sample.time = times[i];
+        sample.time = t;
         sample.flags = 0;
         sample.q = quaternion(omega, phi, kappa);
-        sample.x = positions[i].x;
-        sample.y = positions[i].y;
-        sample.z = positions[i].z - zOffset;
         const auto& sd = record.stdDev();
         // x east, y north, z; then roll, pitch and heading as omega, phi, kappa.
         data->append(sample, {sd[1], sd[0], sd[2], sd[3], sd[4], sd[5]});
+        positions.emplace_back(record.longitude * sRadToDeg, record.latitude * sRadToDeg, record.height);
+        if (positions.size() % 4096 == 0)
+            task.report((long long)(t - start));
     }
-    task.report((long long)std::llround(std::max(0.0, end - start)));
+    wgs84->transform(*lsr, positions);
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+        data->atIndex(int(i), sample);
+        sample.x = positions[i].x;
+        sample.y = positions[i].y;
+        sample.z = positions[i].z - zOffset;
+        data->setRecord(int(i), sample);
+    }
+    task.report((long long)std::llround(std::max(0.0, span)));
 
     data->setPosSource(imu.fileName());
     data->setTmSource("Times from CTG files");

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <optional>
 #include <stdexcept>
 
 namespace geo {
@@ -38,6 +39,59 @@ struct coordSys::Impl {
     PJ* op = nullptr;
     bool opFromGeo = false;
 
+    /// The LSR system's conversion from geographic WGS84 in closed form:
+    /// geodetic to Earth-centred coordinates, less the anchor's, turned
+    /// into east, north, up at the anchor. It is PROJ's cart and
+    /// topocentric steps written out (they agree to well below a
+    /// micrometre) and several times faster than the pipeline.
+    struct Topocentric {
+        double x0 = 0.0, y0 = 0.0, z0 = 0.0; ///< the anchor, Earth-centred
+        double east[3]{}, north[3]{}, up[3]{};
+    };
+    std::optional<Topocentric> topocentric;
+
+    static constexpr double sA = 6378137.0;
+    static constexpr double sF = 1.0 / 298.257223563;
+    static constexpr double sE2 = sF * (2.0 - sF);
+    static constexpr double sDegToRad = 3.14159265358979323846 / 180.0;
+
+    static void earthCentred(double lonDeg, double latDeg, double h, double& x, double& y, double& z)
+    {
+        const double lat = latDeg * sDegToRad;
+        const double lon = lonDeg * sDegToRad;
+        const double sinLat = std::sin(lat), cosLat = std::cos(lat);
+        const double n = sA / std::sqrt(1.0 - sE2 * sinLat * sinLat);
+        x = (n + h) * cosLat * std::cos(lon);
+        y = (n + h) * cosLat * std::sin(lon);
+        z = (n * (1.0 - sE2) + h) * sinLat;
+    }
+
+    void setAnchor(const XYZPoint& anchorDeg)
+    {
+        Topocentric t;
+        earthCentred(anchorDeg.x, anchorDeg.y, anchorDeg.z, t.x0, t.y0, t.z0);
+        const double lat = anchorDeg.y * sDegToRad, lon = anchorDeg.x * sDegToRad;
+        const double sinLat = std::sin(lat), cosLat = std::cos(lat), sinLon = std::sin(lon), cosLon = std::cos(lon);
+        t.east[0] = -sinLon, t.east[1] = cosLon, t.east[2] = 0.0;
+        t.north[0] = -sinLat * cosLon, t.north[1] = -sinLat * sinLon, t.north[2] = cosLat;
+        t.up[0] = cosLat * cosLon, t.up[1] = cosLat * sinLon, t.up[2] = sinLat;
+        topocentric = t;
+    }
+
+    void fromGeoClosedForm(std::vector<XYZPoint>& points) const
+    {
+        const Topocentric& t = *topocentric;
+        for (XYZPoint& p : points) {
+            if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z) || std::abs(p.y) > 90.0)
+                throw std::runtime_error("Coordinate transformation failed: point outside the domain of the system");
+            double x = 0.0, y = 0.0, z = 0.0;
+            earthCentred(p.x, p.y, p.z, x, y, z);
+            x -= t.x0, y -= t.y0, z -= t.z0;
+            p = XYZPoint(t.east[0] * x + t.east[1] * y, t.north[0] * x + t.north[1] * y + t.north[2] * z,
+                         t.up[0] * x + t.up[1] * y + t.up[2] * z);
+        }
+    }
+
     ~Impl()
     {
         if (op)
@@ -65,7 +119,13 @@ struct coordSys::Impl {
         }
     }
     void toGeo(std::vector<XYZPoint>& points) const { run(opFromGeo ? PJ_INV : PJ_FWD, points); }
-    void fromGeo(std::vector<XYZPoint>& points) const { run(opFromGeo ? PJ_FWD : PJ_INV, points); }
+    void fromGeo(std::vector<XYZPoint>& points) const
+    {
+        if (topocentric)
+            fromGeoClosedForm(points);
+        else
+            run(opFromGeo ? PJ_FWD : PJ_INV, points);
+    }
 };
 
 coordSys::coordSys(std::string name, std::string definition, bool geographic, std::unique_ptr<Impl> impl)
@@ -123,6 +183,7 @@ std::unique_ptr<coordSys> coordSysFactory::createLSR84(const XYZPoint& anchorDeg
     if (!impl->op)
         throw std::runtime_error("Cannot create the LSR System: " + projError(impl->ctx));
     impl->opFromGeo = true;
+    impl->setAnchor(anchorDeg);
     return std::unique_ptr<coordSys>(new coordSys("LSR System", definition, false, std::move(impl)));
 }
 

@@ -371,6 +371,15 @@ void EOPData::append(const EOP& sample, const EOPStdDevs& stdDevs)
         m_stdDevs.push_back(stdDevs);
 }
 
+void EOPData::reserve(int samples)
+{
+    if (samples <= 0)
+        return;
+    m_samples.reserve(std::size_t(samples));
+    if (m_hasStdDevs)
+        m_stdDevs.reserve(std::size_t(samples));
+}
+
 int EOPData::atIndex(int index, EOP& sample) const
 {
     if (index < 0 || index >= size())

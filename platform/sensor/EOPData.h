@@ -46,6 +46,9 @@ public:
     /// Appends a sample with its standard deviations (ignored when the
     /// container keeps none).
     void append(const EOP& sample, const EOPStdDevs& stdDevs = {});
+    /// Makes room for `samples` samples in all, so that appending them
+    /// allocates nothing.
+    void reserve(int samples);
 
     /// Sample `index`; non-zero when out of range.
     int atIndex(int index, EOP& sample) const;

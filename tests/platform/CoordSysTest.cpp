@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <proj.h>
+
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -83,6 +85,36 @@ TEST_F(CoordSysTest, LocalSystemIsEastNorthUpAtItsAnchor)
     EXPECT_NEAR(up.x, 0.0, 1e-6);
     EXPECT_NEAR(up.y, 0.0, 1e-6);
     EXPECT_NEAR(up.z, 100.0, 1e-6);
+}
+
+// The local system converts in closed form; PROJ's own pipeline of the same
+// definition is the reference, to a micrometre, near and far from anchors
+// at the equator, in the middle latitudes, near the poles and near the
+// antimeridian.
+TEST_F(CoordSysTest, LocalSystemAgreesWithProjsPipeline)
+{
+    PJ_CONTEXT* ctx = proj_context_create();
+    for (const XYZPoint& at : {XYZPoint{0.0, 0.0, 0.0}, XYZPoint{11.5, 48.1, 0.0}, XYZPoint{-75.2, 75.0, 120.0},
+                               XYZPoint{179.9, -60.0, 0.0}}) {
+        const std::unique_ptr<coordSys> local = factory.createLSR84(at);
+        PJ* pipeline = proj_create(ctx, local->definition().c_str());
+        ASSERT_NE(pipeline, nullptr);
+        std::vector<XYZPoint> points;
+        for (double dLon : {-1.5, -0.01, 0.0, 0.3, 1.2})
+            for (double dLat : {-1.0, 0.0, 0.02, 0.9})
+                for (double h : {-80.0, 0.0, 2500.0, 9000.0})
+                    points.push_back({at.x + dLon, at.y + dLat, h});
+        std::vector<XYZPoint> closed = points;
+        wgs84->transform(*local, closed);
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            const PJ_COORD reference = proj_trans(pipeline, PJ_FWD, proj_coord(points[i].x, points[i].y, points[i].z, 0));
+            EXPECT_NEAR(closed[i].x, reference.xyz.x, 1e-6) << local->definition() << " point " << i;
+            EXPECT_NEAR(closed[i].y, reference.xyz.y, 1e-6) << local->definition() << " point " << i;
+            EXPECT_NEAR(closed[i].z, reference.xyz.z, 1e-6) << local->definition() << " point " << i;
+        }
+        proj_destroy(pipeline);
+    }
+    proj_context_destroy(ctx);
 }
 
 TEST_F(CoordSysTest, RoundTripsReturnTheStartingPoint)
