@@ -16,6 +16,7 @@ packages=(
     libgtest-dev libgmock-dev
     libbenchmark-dev
     clang libclang-rt-dev
+    python3-numpy python3-pyproj
 )
 
 missing=()

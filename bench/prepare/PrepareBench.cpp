@@ -28,6 +28,9 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -141,6 +144,9 @@ struct Best {
 // The CPU time of the last preparation's CTG stage.
 double sLastStageCpuSec = 0.0;
 std::map<std::string, Best> sBest;
+// EOP samples per CPU second: the library's best, the script's best.
+double sEopSamplesPerSec = 0.0;
+double sPeerSamplesPerSec = 0.0;
 
 template <typename Job>
 void measure(benchmark::State& state, const std::string& name, const Flight& flight, Job job)
@@ -321,14 +327,53 @@ void BM_EopRealistic(benchmark::State& state)
     long samples = 0;
     for (auto _ : state) {
         samples = 0;
+        const double cpu0 = cpuSec();
         for (const Span& span : spans) {
             const datamodel::EopTrajectory eop(*imu, datamodel::seconds(span.first), datamodel::seconds(span.last),
                                                span.anchor, misalignment, zOffset, session.flightDate(), nullptr);
             samples += eop.numSets();
         }
+        sEopSamplesPerSec = std::max(sEopSamplesPerSec, double(samples) / (cpuSec() - cpu0));
     }
     state.counters["samples"] = double(samples);
     state.counters["samplesPerSec"] = benchmark::Counter(double(samples), benchmark::Counter::kIsIterationInvariantRate);
+
+    // The same with the script a user would write (bench/peers/eop_numpy.py).
+    QTemporaryDir scratch;
+    const QString spansFile = scratch.path() + QStringLiteral("/spans.json");
+    QFile out(spansFile);
+    if (!out.open(QIODevice::WriteOnly))
+        return;
+    QJsonArray takes;
+    for (const Span& span : spans)
+        takes.append(QJsonObject{{QStringLiteral("startSec"), span.first}, {QStringLiteral("endSec"), span.last},
+                                 {QStringLiteral("anchorLonRad"), span.anchor.x},
+                                 {QStringLiteral("anchorLatRad"), span.anchor.y}});
+    out.write(QJsonDocument(QJsonObject{
+                                {QStringLiteral("sbet"), QString::fromStdString(session.imuTrajectoryPath(*sbet))},
+                                {QStringLiteral("misalignmentRad"),
+                                 QJsonArray{misalignment.x, misalignment.y, misalignment.z}},
+                                {QStringLiteral("zOffsetM"), zOffset},
+                                {QStringLiteral("intervalSec"), imu->frequency()},
+                                {QStringLiteral("takes"), takes}})
+                  .toJson());
+    out.close();
+    const std::string command = "/usr/bin/python3 " DATAMODEL_BENCH_PEERS_DIR "/eop_numpy.py " + spansFile.toStdString();
+    for (int run = 0; run < 3; ++run) {
+        FILE* pipe = popen(command.c_str(), "r");
+        if (!pipe)
+            return;
+        char buffer[256] = {};
+        const std::size_t got = std::fread(buffer, 1, sizeof buffer - 1, pipe);
+        if (pclose(pipe) != 0 || got == 0) {
+            std::fprintf(stderr, "the NumPy/pyproj script did not run (python3-numpy, python3-pyproj)\n");
+            return;
+        }
+        const QJsonObject result = QJsonDocument::fromJson(QByteArray(buffer, qsizetype(got))).object();
+        const double seconds = result[QStringLiteral("seconds")].toDouble();
+        if (seconds > 0.0)
+            sPeerSamplesPerSec = std::max(sPeerSamplesPerSec, result[QStringLiteral("samples")].toDouble() / seconds);
+    }
 }
 
 BENCHMARK(BM_EopRealistic)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->Iterations(5);
@@ -349,6 +394,13 @@ void printSummary()
                     name.c_str(), 1e3 * best.wallSec, 1e3 * best.cpuSec,
                     1e9 * best.cpuSec / double(std::max(1L, best.lines)),
                     1e9 * best.stageCpuSec / double(std::max(1L, best.lines)));
+    if (sEopSamplesPerSec > 0.0) {
+        std::printf("EOP generation: %.2f million samples per CPU second (target 2)", 1e-6 * sEopSamplesPerSec);
+        if (sPeerSamplesPerSec > 0.0)
+            std::printf("; NumPy/pyproj script %.2f million per second: %.1fx", 1e-6 * sPeerSamplesPerSec,
+                        sEopSamplesPerSec / sPeerSamplesPerSec);
+        std::printf("\n");
+    }
     const auto checked = sBest.find("check");
     const auto validated = sBest.find("check+validate");
     if (checked != sBest.end() && validated != sBest.end())
