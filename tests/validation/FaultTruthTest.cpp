@@ -198,9 +198,10 @@ TEST_F(FaultTruthTest, EachFaultIsReportedWhereItWasInjected)
         ASSERT_EQ(truth[QStringLiteral("faults")].toArray().size(), 1) << label;
         expectScored(report, truth, config, label);
         // Valid data across the week's end is no finding at all.
-        if (fault == flightsim::Fault::WeekRollover)
+        if (fault == flightsim::Fault::WeekRollover) {
             EXPECT_EQ(report.messageCount(Severity::Warning) + report.messageCount(Severity::Error), 0u)
                 << all(report);
+        }
     }
 }
 
