@@ -14,7 +14,6 @@ namespace dataprep {
 
 namespace {
 
-const QString sTakeOption = QStringLiteral("take");
 const QString sTrajectoryOption = QStringLiteral("trajectory");
 
 } // namespace
@@ -40,12 +39,12 @@ QString EopCommand::description() const
 
 std::vector<Argument> EopCommand::arguments() const
 {
-    return {{QStringLiteral("session-dir"), QStringLiteral("The session folder (holding raw/, mm/ and gps-imu/).")}};
+    return {sessionDirArgument()};
 }
 
 QList<QCommandLineOption> EopCommand::options() const
 {
-    return {QCommandLineOption(sTakeOption, QStringLiteral("Only this take (repeatable)."), QStringLiteral("NAME")),
+    return {takeOption(),
             QCommandLineOption(sTrajectoryOption, QStringLiteral("The trajectory file to use (name or path)."),
                                QStringLiteral("FILE"))};
 }
@@ -57,8 +56,7 @@ int EopCommand::run(const Invocation& invocation)
     options.validate = false;
     options.writeEop = true;
     options.eopTrajectory = invocation.parser.value(sTrajectoryOption).toStdString();
-    for (const QString& take : invocation.parser.values(sTakeOption))
-        options.takes.push_back(take.toStdString());
+    addTakesAsked(invocation, options);
     const datamodel::PreparationReport report = prepareSession(directory, options, invocation.json);
     if (invocation.json) {
         std::vector<Fields> takes;

@@ -76,6 +76,22 @@ void printProblemCount(const datamodel::PreparationReport& report)
 
 } // namespace
 
+Argument sessionDirArgument()
+{
+    return {QStringLiteral("session-dir"), QStringLiteral("The session folder (holding raw/, mm/ and gps-imu/).")};
+}
+
+QCommandLineOption takeOption()
+{
+    return QCommandLineOption(sTakeOption, QStringLiteral("Only this take (repeatable)."), QStringLiteral("NAME"));
+}
+
+void addTakesAsked(const Invocation& invocation, datamodel::SessionPreparation::Options& options)
+{
+    for (const QString& take : invocation.parser.values(sTakeOption))
+        options.takes.push_back(take.toStdString());
+}
+
 datamodel::PreparationReport prepareSession(const QString& directory,
                                             const datamodel::SessionPreparation::Options& options, bool json)
 {
@@ -173,20 +189,19 @@ QString PrepareCommand::description() const
 
 std::vector<Argument> PrepareCommand::arguments() const
 {
-    return {{QStringLiteral("session-dir"), QStringLiteral("The session folder (holding raw/, mm/ and gps-imu/).")}};
+    return {sessionDirArgument()};
 }
 
 QList<QCommandLineOption> PrepareCommand::options() const
 {
-    return {QCommandLineOption(sTakeOption, QStringLiteral("Only this take (repeatable)."), QStringLiteral("NAME"))};
+    return {takeOption()};
 }
 
 int PrepareCommand::run(const Invocation& invocation)
 {
     const QString directory = invocation.arguments.first();
     datamodel::SessionPreparation::Options options;
-    for (const QString& take : invocation.parser.values(sTakeOption))
-        options.takes.push_back(take.toStdString());
+    addTakesAsked(invocation, options);
     const datamodel::PreparationReport report = prepareSession(directory, options, invocation.json);
     if (invocation.json)
         printJson(name(), directory, preparationFields(report), report.messages);

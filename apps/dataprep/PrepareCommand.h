@@ -24,6 +24,12 @@ public:
     int run(const Invocation& invocation) override;
 };
 
+/// The session folder argument of the commands that prepare a session.
+Argument sessionDirArgument();
+/// --take NAME (repeatable), and the takes it names in `options`.
+QCommandLineOption takeOption();
+void addTakesAsked(const Invocation& invocation, datamodel::SessionPreparation::Options& options);
+
 /// Runs the session preparation on the folder `directory`, with a progress
 /// bar for people at a terminal unless `json` (prepare, ctg and demo).
 datamodel::PreparationReport prepareSession(const QString& directory,

@@ -13,7 +13,6 @@ namespace dataprep {
 
 namespace {
 
-const QString sTakeOption = QStringLiteral("take");
 
 std::string countText(std::size_t count, const char* singular, const char* plural)
 {
@@ -99,12 +98,12 @@ QString ValidateCommand::description() const
 
 std::vector<Argument> ValidateCommand::arguments() const
 {
-    return {{QStringLiteral("session-dir"), QStringLiteral("The session folder (holding raw/, mm/ and gps-imu/).")}};
+    return {sessionDirArgument()};
 }
 
 QList<QCommandLineOption> ValidateCommand::options() const
 {
-    return {QCommandLineOption(sTakeOption, QStringLiteral("Only this take (repeatable)."), QStringLiteral("NAME"))};
+    return {takeOption()};
 }
 
 int ValidateCommand::run(const Invocation& invocation)
@@ -113,8 +112,7 @@ int ValidateCommand::run(const Invocation& invocation)
     datamodel::SessionPreparation::Options options;
     options.writeCtg = false;
     options.writeEop = false;
-    for (const QString& take : invocation.parser.values(sTakeOption))
-        options.takes.push_back(take.toStdString());
+    addTakesAsked(invocation, options);
     const datamodel::PreparationReport report = prepareSession(directory, options, invocation.json);
     const std::vector<datamodel::PreparationMessage> grouped = report.groupedMessages();
     if (invocation.json) {

@@ -460,9 +460,13 @@ geo::XYPoint Take::computeAnchorPoint(const RecordingSession::ImuTrajectoryId* i
         throw std::runtime_error("Can't find an anchor point; there are no IMU trajectories.");
     if (m_imagesL0.empty())
         throw std::runtime_error("No images; can't determine start position.");
-    const Seconds first = m_imagesL0.front()->cameraTime().value(0);
+    return startOn(*session->createImuTrajectory(*id), degrees);
+}
+
+geo::XYPoint Take::startOn(const ImuTrajectory& trajectory, bool degrees) const
+{
     ImuRecord record;
-    session->createImuTrajectory(*id)->getPosRecord(first, record);
+    trajectory.getPosRecord(m_imagesL0.front()->cameraTime().value(0), record);
     const double scale = degrees ? 180.0 / std::numbers::pi : 1.0;
     return geo::XYPoint(record.longitude * scale, record.latitude * scale);
 }
@@ -479,7 +483,8 @@ void Take::setImuTrajectory(const RecordingSession::ImuTrajectoryId& id, const g
     double maxSec = 0.0;
     minMaxGpsTimes(minSec, maxSec);
     std::unique_ptr<ImuTrajectory> imu = session->createImuTrajectory(id);
-    const geo::XYPoint anchor = anchorDeg ? *anchorDeg : computeAnchorPoint(&id, true);
+    // The anchor from the trajectory just opened, not from a second opening.
+    const geo::XYPoint anchor = anchorDeg ? *anchorDeg : startOn(*imu, true);
     constexpr double degToRad = std::numbers::pi / 180.0;
     const Sensor& sensor = session->sensor();
     auto eop = std::make_unique<EopTrajectory>(*imu, seconds(minSec), seconds(maxSec),

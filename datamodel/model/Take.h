@@ -261,6 +261,9 @@ public:
 
 private:
     const StartStopInformation& startInfo() const;
+    /// `trajectory` at the first scan line of the first level-0 image
+    /// (there must be one): longitude and latitude, degrees or radians.
+    geo::XYPoint startOn(const ImuTrajectory& trajectory, bool degrees) const;
     const StartStopInformation& stopInfo() const;
 
     std::string m_stpFilename;

@@ -108,6 +108,12 @@ std::array<float, 4> quaternion(double omega, double phi, double kappa)
             float(ca * cb * sg - sa * sb * cg)};
 }
 
+void toFloats(const sensor::EOPStdDevs& sd, float& x, float& y, float& z, float& omega, float& phi, float& kappa)
+{
+    x = float(sd[0]), y = float(sd[1]), z = float(sd[2]);
+    omega = float(sd[3]), phi = float(sd[4]), kappa = float(sd[5]);
+}
+
 } // namespace
 
 EopTrajectory::EopTrajectory(const std::string& fileName, bool loadFlag)
@@ -231,8 +237,7 @@ void EopTrajectory::stdDevAtIndex(int index, float& x, float& y, float& z, float
     sensor::EOPStdDevs sd{};
     if (data().stdDevAtIndex(index, sd) != 0)
         throw std::runtime_error("Error reading from EOP.");
-    x = float(sd[0]), y = float(sd[1]), z = float(sd[2]), omega = float(sd[3]), phi = float(sd[4]),
-    kappa = float(sd[5]);
+    toFloats(sd, x, y, z, omega, phi, kappa);
 }
 
 void EopTrajectory::stdDevAtGPS(Seconds gpsTime, float& x, float& y, float& z, float& omega, float& phi,
@@ -241,8 +246,7 @@ void EopTrajectory::stdDevAtGPS(Seconds gpsTime, float& x, float& y, float& z, f
     sensor::EOPStdDevs sd{};
     if (data().stdDevAtGPS(gpsTime, sd) != 0)
         throw std::runtime_error("Error reading from EOP.");
-    x = float(sd[0]), y = float(sd[1]), z = float(sd[2]), omega = float(sd[3]), phi = float(sd[4]),
-    kappa = float(sd[5]);
+    toFloats(sd, x, y, z, omega, phi, kappa);
 }
 
 void EopTrajectory::setStdDevs(int index, float x, float y, float z, float omega, float phi, float kappa)
