@@ -376,7 +376,7 @@ void BM_EopRealistic(benchmark::State& state)
     }
 }
 
-BENCHMARK(BM_EopRealistic)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->Iterations(5);
+BENCHMARK(BM_EopRealistic)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->Iterations(10);
 BENCHMARK(BM_CheckRealistic)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->Iterations(5);
 BENCHMARK(BM_FloorRealistic)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->Iterations(5);
 BENCHMARK(BM_PrepareRealistic)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->Iterations(5);

@@ -11,9 +11,11 @@
 
 #include <Eigen/Geometry>
 
+#include <array>
 #include <climits>
 #include <cmath>
 #include <numbers>
+#include <span>
 #include <stdexcept>
 #include <vector>
 
@@ -48,10 +50,24 @@ Eigen::Matrix3d rz(double angle)
 }
 
 /// The local level (east, north, up) at a latitude and longitude, as a
-/// rotation from it into the Earth-centred frame.
+/// rotation from it into the Earth-centred frame: Rz(longitude + 90 deg)
+/// Rx(90 deg - latitude), whose columns are east, north and up.
 Eigen::Matrix3d ecefFromLocalLevel(double latitude, double longitude)
 {
-    return rz(longitude + sPi / 2.0) * rx(sPi / 2.0 - latitude);
+    const double sinLat = std::sin(latitude), cosLat = std::cos(latitude);
+    const double sinLon = std::sin(longitude), cosLon = std::cos(longitude);
+    Eigen::Matrix3d r;
+    r << -sinLon, -sinLat * cosLon, cosLat * cosLon, //
+        cosLon, -sinLat * sinLon, cosLat * sinLon, //
+        0.0, cosLat, sinLat;
+    return r;
+}
+
+/// The body attitude in the navigation frame: heading about the down axis,
+/// pitch, roll.
+Eigen::Matrix3d navigationFromBody(double roll, double pitch, double heading)
+{
+    return rz(-heading) * ry(-pitch) * rx(roll);
 }
 
 /// The fixed parts of the rotation chain: the anchor's local level and the
@@ -74,8 +90,9 @@ struct RotationContext {
     /// pitch, roll), then the misalignment.
     Eigen::Matrix3d lsrFromCamera(const ImuRecord& record) const
     {
-        return lsrFromEcef * ecefFromLocalLevel(record.latitude, record.longitude) * quarterTurn
-            * rz(-record.heading) * ry(-record.pitch) * rx(record.roll) * bodyFromCamera;
+        const Eigen::Matrix3d lsrFromNavigation
+            = lsrFromEcef * (ecefFromLocalLevel(record.latitude, record.longitude) * quarterTurn);
+        return lsrFromNavigation * (navigationFromBody(record.roll, record.pitch, record.heading) * bodyFromCamera);
     }
 };
 
@@ -142,37 +159,49 @@ EopTrajectory::EopTrajectory(const ImuTrajectory& imu, Seconds startTime, Second
     data->setAnchorPoint(anchor);
     data->setFrequency(step);
 
-    // Attitudes and standard deviations record by record, straight into
-    // the container, then every position in one transform.
+    // Records are taken a block at a time: attitudes and standard deviations
+    // record by record, then the block's positions in one transform, then
+    // the block is appended. Only the container grows with the take.
     const double span = end - start;
     const std::size_t expected = span >= 0.0 ? std::size_t(span / step) + 2 : 0;
     data->reserve(int(std::min<std::size_t>(expected, std::size_t(INT_MAX))));
-    std::vector<geo::XYZPoint> positions;
-    positions.reserve(expected);
+    constexpr std::size_t sBlock = 512;
+    std::array<sensor::EOP, sBlock> samples;
+    std::array<sensor::EOPStdDevs, sBlock> stdDevs;
+    std::array<geo::XYZPoint, sBlock> positions;
+    std::size_t filled = 0;
+    std::size_t done = 0;
+    const auto flush = [&](double t) {
+        wgs84->transform(*lsr, std::span<geo::XYZPoint>(positions.data(), filled));
+        for (std::size_t i = 0; i < filled; ++i) {
+            samples[i].x = positions[i].x;
+            samples[i].y = positions[i].y;
+            samples[i].z = positions[i].z - zOffset;
+            data->append(samples[i], stdDevs[i]);
+        }
+        done += filled;
+        filled = 0;
+        if (done % (8 * sBlock) == 0)
+            task.report((long long)(t - start));
+    };
     ImuRecord record;
-    sensor::EOP sample;
     for (double t = start; t <= end; t += step) {
         imu.getPosRecord(seconds(t), record);
         double omega = 0.0, phi = 0.0, kappa = 0.0;
         omegaPhiKappa(context.lsrFromCamera(record), omega, phi, kappa);
+        sensor::EOP& sample = samples[filled];
         sample.time = t;
         sample.flags = 0;
         sample.q = quaternion(omega, phi, kappa);
         const auto& sd = record.stdDev();
         // x east, y north, z; then roll, pitch and heading as omega, phi, kappa.
-        data->append(sample, {sd[1], sd[0], sd[2], sd[3], sd[4], sd[5]});
-        positions.emplace_back(record.longitude * sRadToDeg, record.latitude * sRadToDeg, record.height);
-        if (positions.size() % 4096 == 0)
-            task.report((long long)(t - start));
+        stdDevs[filled] = {sd[1], sd[0], sd[2], sd[3], sd[4], sd[5]};
+        positions[filled] = geo::XYZPoint(record.longitude * sRadToDeg, record.latitude * sRadToDeg, record.height);
+        if (++filled == sBlock)
+            flush(t);
     }
-    wgs84->transform(*lsr, positions);
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        data->atIndex(int(i), sample);
-        sample.x = positions[i].x;
-        sample.y = positions[i].y;
-        sample.z = positions[i].z - zOffset;
-        data->setRecord(int(i), sample);
-    }
+    if (filled > 0)
+        flush(end);
     task.report((long long)std::llround(std::max(0.0, span)));
 
     data->setPosSource(imu.fileName());

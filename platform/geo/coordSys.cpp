@@ -38,6 +38,20 @@ struct coordSys::Impl {
     PJ_CONTEXT* ctx = nullptr;
     PJ* op = nullptr;
     bool opFromGeo = false;
+    /// An LSR system's PROJ pipeline, made on first use: its conversion from
+    /// WGS84 is the closed form below, so most LSR systems never need it.
+    std::string lazyPipeline;
+
+    void makeLazyOperation()
+    {
+        if (op || lazyPipeline.empty())
+            return;
+        ctx = proj_context_create();
+        proj_log_level(ctx, PJ_LOG_NONE); // failures are reported by exceptions
+        op = proj_create(ctx, lazyPipeline.c_str());
+        if (!op)
+            throw std::runtime_error("Cannot create the LSR System: " + projError(ctx));
+    }
 
     /// The LSR system's conversion from geographic WGS84 in closed form:
     /// geodetic to Earth-centred coordinates, less the anchor's, turned
@@ -78,7 +92,7 @@ struct coordSys::Impl {
         topocentric = t;
     }
 
-    void fromGeoClosedForm(std::vector<XYZPoint>& points) const
+    void fromGeoClosedForm(std::span<XYZPoint> points) const
     {
         const Topocentric& t = *topocentric;
         for (XYZPoint& p : points) {
@@ -100,7 +114,7 @@ struct coordSys::Impl {
             proj_context_destroy(ctx);
     }
 
-    void run(PJ_DIRECTION direction, std::vector<XYZPoint>& points) const
+    void run(PJ_DIRECTION direction, std::span<XYZPoint> points) const
     {
         if (!op || points.empty())
             return;
@@ -118,8 +132,12 @@ struct coordSys::Impl {
                 throw std::runtime_error("Coordinate transformation failed: point outside the domain of the system");
         }
     }
-    void toGeo(std::vector<XYZPoint>& points) const { run(opFromGeo ? PJ_INV : PJ_FWD, points); }
-    void fromGeo(std::vector<XYZPoint>& points) const
+    void toGeo(std::span<XYZPoint> points)
+    {
+        makeLazyOperation();
+        run(opFromGeo ? PJ_INV : PJ_FWD, points);
+    }
+    void fromGeo(std::span<XYZPoint> points)
     {
         if (topocentric)
             fromGeoClosedForm(points);
@@ -140,12 +158,15 @@ coordSys::~coordSys() = default;
 
 void coordSys::transform(const coordSys& target, XYZPoint& point) const
 {
-    std::vector<XYZPoint> points{point};
-    transform(target, points);
-    point = points.front();
+    transform(target, std::span<XYZPoint>(&point, 1));
 }
 
 void coordSys::transform(const coordSys& target, std::vector<XYZPoint>& points) const
+{
+    transform(target, std::span<XYZPoint>(points));
+}
+
+void coordSys::transform(const coordSys& target, std::span<XYZPoint> points) const
 {
     if (&target == this || target.m_definition == m_definition)
         return;
@@ -176,12 +197,13 @@ std::unique_ptr<coordSys> coordSysFactory::createLSR84(const XYZPoint& anchorDeg
                                    " +step +proj=cart +ellps=WGS84"
                                    " +step +proj=topocentric +ellps=WGS84 +lon_0="
         + formatDeg(anchorDeg.x) + " +lat_0=" + formatDeg(anchorDeg.y) + " +h_0=" + formatDeg(anchorDeg.z);
+    if (!std::isfinite(anchorDeg.x) || !std::isfinite(anchorDeg.y) || !std::isfinite(anchorDeg.z)
+        || std::abs(anchorDeg.y) > 90.0)
+        throw std::runtime_error("Cannot create the LSR System: the anchor (" + formatDeg(anchorDeg.x) + ", "
+                                 + formatDeg(anchorDeg.y) + ", " + formatDeg(anchorDeg.z)
+                                 + ") is not a longitude, latitude and height");
     auto impl = std::make_unique<coordSys::Impl>();
-    impl->ctx = proj_context_create();
-    proj_log_level(impl->ctx, PJ_LOG_NONE); // failures are reported by exceptions
-    impl->op = proj_create(impl->ctx, definition.c_str());
-    if (!impl->op)
-        throw std::runtime_error("Cannot create the LSR System: " + projError(impl->ctx));
+    impl->lazyPipeline = definition;
     impl->opFromGeo = true;
     impl->setAnchor(anchorDeg);
     return std::unique_ptr<coordSys>(new coordSys("LSR System", definition, false, std::move(impl)));
@@ -201,6 +223,8 @@ std::unique_ptr<coordSys> coordSysFactory::createCoordSys(const std::string& def
     }
 
     auto impl = std::make_unique<coordSys::Impl>();
+    if (definition == sWgs84Geographic3D) // the hub every transform goes through: the identity
+        return std::unique_ptr<coordSys>(new coordSys("WGS 84", definition, true, std::move(impl)));
     impl->ctx = proj_context_create();
     proj_log_level(impl->ctx, PJ_LOG_NONE); // failures are reported by exceptions
     PJ* crs = proj_create(impl->ctx, definition.c_str());
@@ -220,20 +244,18 @@ std::unique_ptr<coordSys> coordSysFactory::createCoordSys(const std::string& def
     if (definition.rfind("+proj=merc", 0) == 0)
         name = "Mercator";
 
-    if (definition != sWgs84Geographic3D) {
-        PJ* wgs84 = proj_create(impl->ctx, sWgs84Geographic3D);
-        PJ* op = wgs84 ? proj_create_crs_to_crs_from_pj(impl->ctx, crs, wgs84, nullptr, nullptr) : nullptr;
-        if (wgs84)
-            proj_destroy(wgs84);
-        PJ* normalized = op ? proj_normalize_for_visualization(impl->ctx, op) : nullptr;
-        if (op)
-            proj_destroy(op);
-        if (!normalized) {
-            proj_destroy(crs);
-            throw std::runtime_error("Cannot create coordinate system \"" + definition + "\": " + projError(impl->ctx));
-        }
-        impl->op = normalized;
+    PJ* wgs84 = proj_create(impl->ctx, sWgs84Geographic3D);
+    PJ* op = wgs84 ? proj_create_crs_to_crs_from_pj(impl->ctx, crs, wgs84, nullptr, nullptr) : nullptr;
+    if (wgs84)
+        proj_destroy(wgs84);
+    PJ* normalized = op ? proj_normalize_for_visualization(impl->ctx, op) : nullptr;
+    if (op)
+        proj_destroy(op);
+    if (!normalized) {
+        proj_destroy(crs);
+        throw std::runtime_error("Cannot create coordinate system \"" + definition + "\": " + projError(impl->ctx));
     }
+    impl->op = normalized;
     proj_destroy(crs);
     return std::unique_ptr<coordSys>(new coordSys(name, definition, geographic, std::move(impl)));
 }

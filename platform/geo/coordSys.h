@@ -3,6 +3,7 @@
 #include <platform/geo/XYZPoint.h>
 
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,7 @@ public:
     void transform(const coordSys& target, XYZPoint& point) const;
     /// Transforms many points at once (one PROJ call per stage).
     void transform(const coordSys& target, std::vector<XYZPoint>& points) const;
+    void transform(const coordSys& target, std::span<XYZPoint> points) const;
 
     /// Whether both systems have the same definition.
     bool operator==(const coordSys& other) const { return m_definition == other.m_definition; }

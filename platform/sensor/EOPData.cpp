@@ -280,7 +280,8 @@ enum class Place { Outside, OnSample, Between };
 /// `k` is the sample at or before `time`; with Between, times[k] < time <
 /// times[k + 1], so the step between them is positive even when a caller has
 /// stored samples out of order.
-Place placeOf(const std::vector<EOP>& samples, double time, std::size_t& k)
+template <typename Samples>
+Place placeOf(const Samples& samples, double time, std::size_t& k)
 {
     if (samples.empty() || !(time >= samples.front().time && time <= samples.back().time))
         return Place::Outside;
@@ -681,7 +682,7 @@ void EOPData::read(const std::string& path)
         reader.check(number(count) + " samples are more than a container holds ("
                      + number(std::uint64_t(std::numeric_limits<int>::max())) + ")");
 
-    std::vector<EOP> samples(static_cast<std::size_t>(count));
+    Samples samples(static_cast<std::size_t>(count));
     std::vector<unsigned char> buffer(std::size_t(std::min<std::uint64_t>(count, sBlockSamples)) * sSampleBytes);
     for (std::size_t first = 0; first < samples.size(); first += sBlockSamples) {
         const std::size_t end = std::min(samples.size(), first + sBlockSamples);
@@ -694,7 +695,7 @@ void EOPData::read(const std::string& path)
                 reader.check(sampleProblem(samples[i], i, previous));
         }
     }
-    std::vector<EOPStdDevs> stdDevs;
+    StdDevs stdDevs;
     if (hasStdDevs) {
         stdDevs.resize(samples.size());
         buffer.resize(std::size_t(std::min<std::uint64_t>(count, sBlockSamples)) * sStdDevBytes);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <platform/geo/XYZPoint.h>
+#include <platform/util/LargeBlockAllocator.h>
 #include <platform/util/Seconds.h>
 
 #include <array>
@@ -103,6 +104,9 @@ public:
     void write(const std::string& fileName, int format = 0);
 
 private:
+    using Samples = std::vector<EOP, util::LargeBlockAllocator<EOP>>;
+    using StdDevs = std::vector<EOPStdDevs, util::LargeBlockAllocator<EOPStdDevs>>;
+
     void read(const std::string& fileName);
 
     std::string m_fileName;
@@ -113,8 +117,8 @@ private:
     std::string m_tmSource;
     std::string m_appSource;
     bool m_hasStdDevs = false;
-    std::vector<EOP> m_samples;
-    std::vector<EOPStdDevs> m_stdDevs; ///< one per sample when m_hasStdDevs
+    Samples m_samples;
+    StdDevs m_stdDevs; ///< one per sample when m_hasStdDevs
 };
 
 } // namespace sensor

@@ -85,6 +85,8 @@ TEST_F(CoordSysTest, LocalSystemIsEastNorthUpAtItsAnchor)
     EXPECT_NEAR(up.x, 0.0, 1e-6);
     EXPECT_NEAR(up.y, 0.0, 1e-6);
     EXPECT_NEAR(up.z, 100.0, 1e-6);
+
+    EXPECT_THROW(factory.createLSR84({11.0, 91.0, 0.0}), std::runtime_error);
 }
 
 // The local system converts in closed form; PROJ's own pipeline of the same
