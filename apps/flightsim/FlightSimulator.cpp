@@ -11,6 +11,7 @@
 #include <flightsim/LocalPlane.h>
 #include <flightsim/SessionLayout.h>
 #include <flightsim/SimulatedTrajectory.h>
+#include <flightsim/QualityTruth.h>
 #include <flightsim/Terrain.h>
 #include <flightsim/TimeMarkWriter.h>
 #include <flightsim/TrajectoryWriter.h>
@@ -477,10 +478,14 @@ SimulationReport FlightSimulator::run(const QString& directory, util::ProgressIn
         detail[QStringLiteral("toGpsSec")] = GpsTime::wrap(start.secondsOfWeek + trajectory->attitude().heavyEndSec());
         faults.append(detail);
     }
+    const QualityTruth quality(config, plan, plane, *trajectory, terrain, camera, start);
     for (qsizetype i = 0; i < takesJson.size(); ++i) {
         QJsonObject json = takesJson[i].toObject();
         json[QStringLiteral("exteriorOrientation")] =
             TruthWriter::exteriorOrientation(config, plan, plane, *trajectory, start, takes[std::size_t(i)], records);
+        // The true quality where it is worth its time: the take under heavy turbulence.
+        if (trajectory->attitude().heavy() && takes[std::size_t(i)].label == faultTake.label)
+            json[QStringLiteral("quality")] = quality.take(takes[std::size_t(i)]);
         takesJson[i] = json;
     }
 
