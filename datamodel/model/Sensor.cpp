@@ -39,6 +39,17 @@ const Sensor::BandGeometry* Sensor::band(const std::string& name) const
     return nullptr;
 }
 
+sensor::IdentitySensorModel Sensor::sensorModel() const
+{
+    if (!m_hasCalibration)
+        throw std::runtime_error("No camera description for sensor " + m_id);
+    std::vector<sensor::IdentitySensorModel::Band> bands;
+    bands.reserve(m_bands.size());
+    for (const BandGeometry& band : m_bands)
+        bands.push_back({band.name, band.xMm, band.yMm});
+    return sensor::IdentitySensorModel(m_focalLengthMm, m_pixelSizeMm, int(m_pixelsPerLine), std::move(bands));
+}
+
 Sensor Sensor::fromCameraFile(const std::string& path)
 {
     const QString qpath = QString::fromStdString(path);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <platform/geo/XYZPoint.h>
+#include <platform/sensor/IdentitySensorModel.h>
 
 #include <optional>
 #include <string>
@@ -58,6 +59,11 @@ public:
     const std::vector<BandGeometry>& bands() const { return m_bands; }
     /// The geometry of a band, or null when the camera has no such band.
     const BandGeometry* band(const std::string& name) const;
+    /// The camera as a push-broom projection, its first band selected. The
+    /// misalignment is not part of it: the exterior orientation holds it.
+    /// Throws std::runtime_error "No camera description for sensor " + id
+    /// when the sensor has no calibration.
+    sensor::IdentitySensorModel sensorModel() const;
 
 private:
     std::string m_id;

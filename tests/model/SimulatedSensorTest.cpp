@@ -9,6 +9,7 @@
 #include <platform/flightdata/FlightDataFactory.h>
 #include <platform/flightdata/Utility.h>
 
+#include <flightsim/CameraModel.h>
 #include <flightsim/FlightSimulator.h>
 
 #include <gtest/gtest.h>
@@ -50,14 +51,24 @@ TEST(SimulatedSensor, CameraFileAndFlightDataMatchTheSimulation)
     EXPECT_NEAR(sensor.misalignment().z, config.misalignmentDeg[2] * M_PI / 180.0, 1e-12);
     EXPECT_NEAR(sensor.nominalZOffsetM(), config.nominalZOffsetM, 1e-6);
     ASSERT_EQ(sensor.bands().size(), std::size_t(config.bands.size()));
+    // The sensor model sees every pixel where the simulator's camera does.
+    sensor::IdentitySensorModel model = sensor.sensorModel();
+    const flightsim::CameraModel simulated(config);
     for (const Sensor::BandGeometry& band : sensor.bands()) {
         SCOPED_TRACE(band.name);
         // The band code's digits are the look angle in whole degrees.
         EXPECT_NEAR(band.lookAngleDeg, datamodel::Band::lookAngleFromName(band.name), 0.05);
         EXPECT_NEAR(std::atan(band.xMm / sensor.focalLengthMm()) * 180.0 / M_PI, band.lookAngleDeg, 1e-6);
         EXPECT_EQ(second.getBandForAnalogChannel(band.analogChannel).name(), band.name);
+        model.selectBand(band.name);
+        const flightsim::BandSpec& truth = simulated.bands()[std::size_t(band.analogChannel)];
+        EXPECT_NEAR(model.lookAngle(), truth.lookAngleRad, 2e-8); // x is written to 1e-6 mm
+        for (const double pixel : {0.0, 0.5 * (config.ccdPixels - 1), config.ccdPixels - 1.0})
+            EXPECT_NEAR(model.acrossAngle(pixel), simulated.acrossAngleRad(truth, pixel), 2e-8) << pixel;
     }
     EXPECT_EQ(sensor.band("NOPE"), nullptr);
+    EXPECT_EQ(testsupport::thrownMessage([] { Sensor("12", "ZEL").sensorModel(); }),
+              "No camera description for sensor 12");
 }
 
 TEST(SimulatedSensor, BadCameraFilesNameTheFileAndTheProblem)
