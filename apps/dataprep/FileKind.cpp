@@ -82,6 +82,8 @@ FileKind::Kind FileKind::fromName(const QString& path)
         return Ctg;
     if (suffix == QLatin1String("eop") || name.endsWith(QLatin1String(".eop.adj")))
         return Eop;
+    if (suffix == QLatin1String("eoq"))
+        return Eoq;
     if (suffix == QLatin1String("tm") || (suffix == QLatin1String("dat") && name.startsWith(QLatin1String("tm"))))
         return TimeMarks;
     if (name.contains(QLatin1String("smrmsg")))
@@ -104,6 +106,8 @@ FileKind::Kind FileKind::fromContent(const QString& path)
         return Ct;
     if (head.startsWith(QByteArray("EOPDATA\0", 8)))
         return Eop;
+    if (head.startsWith("EOQ_"))
+        return Eoq;
     if (head.startsWith("\xBB\x55")
         && (file.size() < 2 * sSolRecordBytes || head.mid(sSolRecordBytes, 2) == QByteArray("\xBB\x55")))
         return Sol;
@@ -170,6 +174,8 @@ const char* FileKind::description(Kind kind)
         return "a SOL file";
     case Eop:
         return "an EOP file";
+    case Eoq:
+        return "an EOQ file";
     case Xml:
         return "an XML file";
     case Unknown:

@@ -25,17 +25,20 @@ public:
         Sol,
         /// An EOP file (exterior orientation of a take).
         Eop,
+        /// An EOQ file (trajectory quality of a take).
+        Eoq,
         /// XML that is neither a strip nor a band info file.
         Xml,
     };
 
     /// The kind the name says: *.info, *.stp, *.it, *.tdi, *.tm or tm*.dat,
     /// *.ct, *.ctg, names holding "smrmsg", *.sol, *.sbet or *.out holding
-    /// "sbet", *.eop or *.eop.adj; Unknown otherwise.
+    /// "sbet", *.eop or *.eop.adj, *.eoq; Unknown otherwise.
     static Kind fromName(const QString& path);
 
     /// The kind the content proves, where it carries a mark: a CT file (the
-    /// signature "CT01"), an EOP file (the signature "EOPDATA"), a SOL file (the sync bytes 0xBB 0x55 at the start
+    /// signature "CT01"), an EOP file (the signature "EOPDATA"), an EOQ file
+    /// (the signature "EOQ_"), a SOL file (the sync bytes 0xBB 0x55 at the start
     /// of its first two records), a strip file (XML whose root is Strip), a
     /// band info file (other XML with a ccd_id element), other XML. Unknown
     /// for the headerless binary kinds and for a file that cannot be read.

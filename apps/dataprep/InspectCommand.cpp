@@ -1,6 +1,7 @@
 #include "InspectCommand.h"
 
 #include "EopFileInspection.h"
+#include "EoqFileInspection.h"
 #include "FileKind.h"
 #include "InfoFileInspection.h"
 #include "ScanLineDataInspection.h"
@@ -28,7 +29,8 @@ FileKind::Kind kindToInspect(const QString& path, Messages& messages)
         if (content == FileKind::Unknown || content == FileKind::Xml)
             throw std::runtime_error("Cannot tell what kind of file " + name
                                      + " is: neither its name nor its content is one of a band info, strip, "
-                                       "integration-time, TDI, time-mark, CT, CTG, SBET, smrmsg or SOL file");
+                                       "integration-time, TDI, time-mark, CT, CTG, SBET, smrmsg, SOL, EOP or EOQ "
+                                       "file");
         addInformation(messages, name, std::string("recognised by its content as ") + FileKind::description(content));
         return content;
     }
@@ -67,6 +69,8 @@ Inspection inspect(const QString& path, FileKind::Kind kind)
         return inspectTrajectoryFile(path, kind);
     case FileKind::Eop:
         return inspectEopFile(path);
+    case FileKind::Eoq:
+        return inspectEoqFile(path);
     case FileKind::Xml:
     case FileKind::Unknown:
         break;
@@ -96,13 +100,17 @@ QString InspectCommand::description() const
         "  *.sbet, sbet*.out, smrmsg*.out, *.sol\n"
         "                trajectory files: records, time range, GPS week rollover,\n"
         "                order, record interval, first and last record\n"
+        "  *.eop, *.eop.adj\n"
+        "                EOP file: anchor, sample interval, sources, first and last sample\n"
+        "  *.eoq         EOQ file: trajectory quality records and their statistics\n"
+        "                (NCS, RPE, PSR)\n"
         "\n"
         "The name says what a file should be and the content is checked against it\n"
-        "where it carries a mark (the CT signature, the SOL sync bytes, the XML root):\n"
-        "a CT file renamed .ctg is refused as not a CTG file. A file whose name says\n"
-        "nothing is recognised by its content where it can be. A trajectory file is\n"
-        "opened as the library opens it, as SOL and then as SBET; when both fail,\n"
-        "both reasons are given.\n"
+        "where it carries a mark (the CT, EOP and EOQ signatures, the SOL sync bytes,\n"
+        "the XML root): a CT file renamed .ctg is refused as not a CTG file. A file\n"
+        "whose name says nothing is recognised by its content where it can be. A\n"
+        "trajectory file is opened as the library opens it, as SOL and then as SBET;\n"
+        "when both fail, both reasons are given.\n"
         "\n"
         "Findings (irregular time marks, a partial last record, ...) are warnings:\n"
         "on stderr, or in \"messages\" with --json. Exit code 1 when the file cannot\n"

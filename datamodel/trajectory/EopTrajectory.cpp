@@ -9,14 +9,18 @@
 #include <platform/sensor/EOPData.h>
 #include <platform/util/ProgressInterface.h>
 
+#include <QFileInfo>
+
 #include <Eigen/Geometry>
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <cmath>
 #include <numbers>
 #include <span>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace datamodel {
@@ -216,6 +220,13 @@ EopTrajectory::EopTrajectory(const EopTrajectory& other)
     , Trajectory(other)
     , m_fileName(other.m_fileName)
     , m_loadFlag(other.m_loadFlag)
+    , m_qualities(other.m_qualities)
+    , m_statistics(other.m_statistics)
+    , m_hasQualityMeasures(other.m_hasQualityMeasures)
+    , m_eoqStatsRead(other.m_eoqStatsRead)
+    , m_qualitiesRead(other.m_qualitiesRead)
+    , m_eoqNumSets(other.m_eoqNumSets)
+    , m_eoqReserved(other.m_eoqReserved)
 {
 }
 
@@ -226,6 +237,13 @@ EopTrajectory& EopTrajectory::operator=(EopTrajectory& other)
     m_fileName = other.m_fileName;
     m_loadFlag = other.m_loadFlag;
     m_data = std::move(other.m_data);
+    m_qualities = other.m_qualities;
+    m_statistics = other.m_statistics;
+    m_hasQualityMeasures = other.m_hasQualityMeasures;
+    m_eoqStatsRead = other.m_eoqStatsRead;
+    m_qualitiesRead = other.m_qualitiesRead;
+    m_eoqNumSets = other.m_eoqNumSets;
+    m_eoqReserved = other.m_eoqReserved;
     return *this;
 }
 
@@ -358,6 +376,237 @@ void EopTrajectory::write(const std::string& fileName)
 void EopTrajectory::traverse(ValidationTraverser& traverser)
 {
     traverser.validate(*this);
+}
+
+std::string EopTrajectory::eoqFileName() const
+{
+    const std::string name = filename();
+    const std::size_t folderEnd = name.rfind('/');
+    const std::size_t at = name.find(".eop", folderEnd == std::string::npos ? 0 : folderEnd + 1);
+    if (at == std::string::npos)
+        throw std::runtime_error("Invalid EOQ file name: " + name + ". EOQ file name cannot be derived!");
+    return name.substr(0, at) + ".eoq";
+}
+
+void EopTrajectory::assignEoqStatsDefaults()
+{
+    assignEoqDefaults();
+}
+
+void EopTrajectory::assignEoqDefaults() const
+{
+    m_statistics = EoqFile::Statistics();
+    m_hasQualityMeasures = false;
+    m_eoqNumSets = 0;
+    m_eoqReserved = 0;
+}
+
+void EopTrajectory::assignEoq(const EoqFile::Header& header) const
+{
+    m_statistics = header.statistics;
+    m_eoqNumSets = header.numSets;
+    m_eoqReserved = header.reserved;
+    m_hasQualityMeasures = header.numSets > 0;
+}
+
+void EopTrajectory::readEoqHeader() const
+{
+    if (m_eoqStatsRead)
+        return;
+    assignEoq(EoqFile::readHeader(eoqFileName()));
+    m_eoqStatsRead = true;
+}
+
+void EopTrajectory::readEoqStats() const
+{
+    if (m_eoqStatsRead)
+        return;
+    try {
+        readEoqHeader();
+    } catch (const std::runtime_error&) {
+        // No (readable) EOQ file: no quality measures.
+        assignEoqDefaults();
+    }
+    m_eoqStatsRead = true;
+}
+
+void EopTrajectory::readQualities(bool wantRecords) const
+{
+    if (m_eoqStatsRead && (!wantRecords || m_qualitiesRead))
+        return;
+    EoqFile::Header header;
+    std::vector<QualityRecord> records = EoqFile::read(eoqFileName(), header);
+    assignEoq(header);
+    m_qualities = std::move(records);
+    m_eoqStatsRead = true;
+    m_qualitiesRead = true;
+}
+
+void EopTrajectory::setQualities(std::vector<QualityRecord> records)
+{
+    m_statistics = EoqFile::Statistics::of(records);
+    m_qualities = std::move(records);
+    m_hasQualityMeasures = !m_qualities.empty();
+    m_eoqNumSets = std::int32_t(std::min<std::size_t>(m_qualities.size(), INT_MAX));
+    m_eoqReserved = 0;
+    m_eoqStatsRead = true;
+    m_qualitiesRead = true;
+}
+
+void EopTrajectory::readQualitiesToWrite(const std::string& eoqName) const
+{
+    if (!m_qualitiesRead && QFileInfo::exists(QString::fromStdString(eoqName)))
+        readQualities(true);
+}
+
+void EopTrajectory::writeQualities() const
+{
+    const std::string name = eoqFileName();
+    readQualitiesToWrite(name);
+    EoqFile::write(name, m_statistics, m_qualities);
+}
+
+void EopTrajectory::writeQualitiesToASCII() const
+{
+    const std::string name = eoqFileName();
+    readQualitiesToWrite(name);
+    // eoqFileName() ends in ".eoq".
+    EoqFile::writeAscii(name.substr(0, name.size() - 4) + ".asc", m_qualities);
+}
+
+int EopTrajectory::numQualitySets() const
+{
+    if (m_qualitiesRead)
+        return int(m_qualities.size());
+    readEoqStats();
+    return m_eoqNumSets;
+}
+
+bool EopTrajectory::hasQualityMeasures() const
+{
+    readEoqStats();
+    return m_hasQualityMeasures;
+}
+
+const EopTrajectory::QualityRecord& EopTrajectory::qualityRecord(int index) const
+{
+    readQualities(true);
+    if (index < 0 || std::size_t(index) >= m_qualities.size())
+        throw std::runtime_error("Quality record " + std::to_string(index) + " does not exist: there are "
+                                 + std::to_string(m_qualities.size()) + ".");
+    return m_qualities[std::size_t(index)];
+}
+
+float EopTrajectory::ncsAtQualityIndex(int index) const
+{
+    return qualityRecord(index).ncs;
+}
+
+float EopTrajectory::rpeAtQualityIndex(int index) const
+{
+    return qualityRecord(index).rpe;
+}
+
+float EopTrajectory::psrAtQualityIndex(int index) const
+{
+    return qualityRecord(index).psr;
+}
+
+float EopTrajectory::ncsAtGps(Seconds gpsTime) const
+{
+    return qualityRecord(qualityIndexAtGps(gpsTime)).ncs;
+}
+
+float EopTrajectory::rpeAtGps(Seconds gpsTime) const
+{
+    return qualityRecord(qualityIndexAtGps(gpsTime)).rpe;
+}
+
+float EopTrajectory::psrAtGps(Seconds gpsTime) const
+{
+    return qualityRecord(qualityIndexAtGps(gpsTime)).psr;
+}
+
+int EopTrajectory::qualityIndexAtGps(Seconds gpsTime) const
+{
+    readQualities(true);
+    const double t = gpsTime.value();
+    const std::vector<QualityRecord>& records = m_qualities;
+    if (records.empty())
+        throw std::runtime_error("No quality records to look up a GPS time in.");
+    if (std::isnan(t))
+        throw std::runtime_error("A GPS time that is not a number cannot be looked up in the quality records.");
+    const int last = int(std::min<std::size_t>(records.size() - 1, INT_MAX - 1));
+    const double t0 = records.front().time;
+    const double tLast = records[std::size_t(last)].time;
+    // The proportional guess, truncated toward zero, kept to the pairs of
+    // records: a time outside them, times all equal, or a guess rounded up
+    // to the last record gives no pair by itself; the walk then goes out
+    // from the nearest one.
+    const double guess = (t - t0) / (tLast - t0) * double(last);
+    int i = std::isnan(guess) ? 0 : int(std::clamp(std::trunc(guess), 0.0, double(std::max(last - 1, 0))));
+    while (i >= 0 && i < last) {
+        const double before = records[std::size_t(i)].time;
+        const double after = records[std::size_t(i) + 1].time;
+        // Negated, so that a time that is not a number counts as backwards
+        // too and the walk always ends.
+        if (!(after >= before))
+            throw std::runtime_error("EOQ times go backwards");
+        if (before <= t && t <= after)
+            return t - before < after - t ? i : i + 1;
+        if (t < before)
+            --i;
+        else
+            ++i;
+    }
+    // Before the first record or after the last one.
+    return std::clamp(i, 0, last);
+}
+
+const EoqFile::Statistics& EopTrajectory::statistics() const
+{
+    readEoqStats();
+    return m_statistics;
+}
+
+float EopTrajectory::minNcs() const
+{
+    return statistics().minNcs;
+}
+
+float EopTrajectory::maxNcs() const
+{
+    return statistics().maxNcs;
+}
+
+float EopTrajectory::minRpe() const
+{
+    return statistics().minRpe;
+}
+
+float EopTrajectory::maxRpe() const
+{
+    return statistics().maxRpe;
+}
+
+float EopTrajectory::maxPsr() const
+{
+    return statistics().maxPsr;
+}
+
+float EopTrajectory::rmsNcs() const
+{
+    return statistics().rmsNcs;
+}
+
+float EopTrajectory::rmsRpe() const
+{
+    return statistics().rmsRpe;
+}
+
+float EopTrajectory::rmsPsr() const
+{
+    return statistics().rmsPsr;
 }
 
 } // namespace datamodel
