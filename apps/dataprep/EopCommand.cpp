@@ -55,6 +55,7 @@ int EopCommand::run(const Invocation& invocation)
     datamodel::SessionPreparation::Options options;
     options.validate = false;
     options.writeEop = true;
+    options.computeQuality = false;
     options.eopTrajectory = invocation.parser.value(sTrajectoryOption).toStdString();
     addTakesAsked(invocation, options);
     const datamodel::PreparationReport report = prepareSession(directory, options, invocation.json);

@@ -97,6 +97,25 @@ Fields takeFields(const datamodel::TakePreparation& take, bool coverage)
         eop->add(QStringLiteral("intervalSec"), take.eop->intervalSec);
     }
     fields.add(QStringLiteral("eop"), QString(), std::move(eop));
+    std::optional<Fields> quality;
+    if (take.quality) {
+        const datamodel::QualitySummary& q = *take.quality;
+        quality.emplace();
+        quality->add(QStringLiteral("band"), text(q.band));
+        quality->add(QStringLiteral("dem"), textOrNull(q.dem));
+        quality->add(QStringLiteral("flatHeightM"), q.dem.empty() ? QJsonValue(q.flatHeightM) : QJsonValue());
+        quality->add(QStringLiteral("file"), textOrNull(q.file));
+        quality->add(QStringLiteral("samples"), qint64(q.samples));
+        quality->add(QStringLiteral("minNcs"), double(q.minNcs));
+        quality->add(QStringLiteral("maxNcs"), double(q.maxNcs));
+        quality->add(QStringLiteral("rmsNcs"), double(q.rmsNcs));
+        quality->add(QStringLiteral("minRpe"), double(q.minRpe));
+        quality->add(QStringLiteral("maxRpe"), double(q.maxRpe));
+        quality->add(QStringLiteral("rmsRpe"), double(q.rmsRpe));
+        quality->add(QStringLiteral("maxPsr"), double(q.maxPsr));
+        quality->add(QStringLiteral("rmsPsr"), double(q.rmsPsr));
+    }
+    fields.add(QStringLiteral("quality"), QString(), std::move(quality));
     return fields;
 }
 

@@ -5,6 +5,7 @@
 #include "CtgCommand.h"
 #include "DemoCommand.h"
 #include "EopCommand.h"
+#include "QualityCommand.h"
 #include "InspectCommand.h"
 #include "Output.h"
 #include "PrepareCommand.h"
@@ -27,6 +28,7 @@ int main(int argc, char** argv)
     runner.add(std::make_unique<dataprep::CtgCommand>());
     runner.add(std::make_unique<dataprep::DemoCommand>());
     runner.add(std::make_unique<dataprep::EopCommand>());
+    runner.add(std::make_unique<dataprep::QualityCommand>());
     runner.add(std::make_unique<dataprep::InspectCommand>());
     runner.add(std::make_unique<dataprep::PrepareCommand>());
     runner.add(std::make_unique<dataprep::SimulateCommand>());

@@ -92,6 +92,21 @@ struct EopSummary {
     double intervalSec = 0.0;
 };
 
+/// The trajectory quality computed for a take (docs/quality-measures.md).
+struct QualitySummary {
+    /// The band near nadir it was computed from.
+    std::string band;
+    /// The terrain: the DEM file, or empty for a flat surface at `flatHeightM`.
+    std::string dem;
+    double flatHeightM = 0.0;
+    /// The EOQ file written; empty when not written.
+    std::string file;
+    int samples = 0;
+    float minNcs = 1.0f, maxNcs = 1.0f, rmsNcs = 0.0f;
+    float minRpe = 0.0f, maxRpe = 0.0f, rmsRpe = 0.0f;
+    float maxPsr = 0.0f, rmsPsr = 0.0f;
+};
+
 /// One take (flight line) of the session.
 struct TakePreparation {
     std::string name;
@@ -105,6 +120,8 @@ struct TakePreparation {
     std::vector<std::string> coveredBy;
     /// The EOPs generated for the take, when they were.
     std::optional<EopSummary> eop;
+    /// Its trajectory quality, when it was computed.
+    std::optional<QualitySummary> quality;
 };
 
 /// Everything a session preparation found and did.

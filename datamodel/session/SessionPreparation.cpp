@@ -4,6 +4,7 @@
 #include <datamodel/model/Sensor.h>
 #include <datamodel/model/Take.h>
 #include <datamodel/session/EopGenerationStage.h>
+#include <datamodel/session/QualityStage.h>
 #include <datamodel/session/RecordingSession.h>
 #include <datamodel/session/SessionDataFile.h>
 #include <datamodel/timing/CtgBuilder.h>
@@ -424,6 +425,14 @@ PreparationReport SessionPreparation::run(const std::string& directory, util::Pr
             eops.run(*session, takes, report, progress);
         } catch (const std::exception& e) {
             report.error(where, eops.name() + ": " + util::fullMessage(e));
+        }
+        if (m_options.computeQuality) {
+            QualityStage quality({m_options.dem, m_options.flatTerrainHeightM});
+            try {
+                quality.run(*session, takes, report, progress);
+            } catch (const std::exception& e) {
+                report.error(where, quality.name() + ": " + util::fullMessage(e));
+            }
         }
     }
 

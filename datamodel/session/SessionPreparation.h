@@ -56,6 +56,13 @@ public:
         /// The trajectory to generate EOPs from (name or path); empty to
         /// choose per take.
         std::string eopTrajectory;
+        /// Compute, write and judge the trajectory quality of every take
+        /// that got its EOPs (QualityStage), after them.
+        bool computeQuality = true;
+        /// The DEM for the quality (empty: the session's dem/ folder, else
+        /// a flat surface at `flatTerrainHeightM`, ellipsoidal).
+        std::string dem;
+        double flatTerrainHeightM = 0.0;
     };
 
     SessionPreparation();

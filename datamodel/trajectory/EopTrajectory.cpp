@@ -1,12 +1,18 @@
 #include <datamodel/trajectory/EopTrajectory.h>
 
 #include <datamodel/trajectory/ImuRecord.h>
+#include <datamodel/model/L0Image.h>
+#include <datamodel/timing/CameraTime.h>
 #include <datamodel/trajectory/ImuTrajectory.h>
+#include <datamodel/trajectory/QualityMeasures_p.h>
 #include <datamodel/validation/ValidationTraverser.h>
 
 #include <platform/geo/coordSys.h>
 #include <platform/geo/coordSysFactory.h>
+#include <platform/dsm/ProjectedElevationSourceFactory.h>
+#include <platform/geometry/RayToSurfaceIntersection.h>
 #include <platform/sensor/EOPData.h>
+#include <platform/sensor/IdentitySensorModel.h>
 #include <platform/util/ProgressInterface.h>
 
 #include <QFileInfo>
@@ -607,6 +613,93 @@ float EopTrajectory::rmsRpe() const
 float EopTrajectory::rmsPsr() const
 {
     return statistics().rmsPsr;
+}
+
+std::unique_ptr<geo::coordSys> EopTrajectory::mappingSystem() const
+{
+    const geo::XYZPoint anchor = anchorPoint();
+    return geo::coordSysFactory::getInstance().createLSR84(
+        geo::XYZPoint(anchor.x * sRadToDeg, anchor.y * sRadToDeg, anchor.z));
+}
+
+void EopTrajectory::computeQualities(L0Image& band, sensor::IdentitySensorModel& model, float accuracy,
+                                     util::ProgressInterface* progress)
+{
+    std::unique_ptr<geo::coordSys> mapping;
+    try {
+        mapping = mappingSystem();
+    } catch (const std::runtime_error&) {
+        // An anchor no LSR system can be made at.
+    }
+    if (!mapping || mapping->name() != "LSR System")
+        throw std::runtime_error("Mapping system is not set to LSR (trajectory quality assumes LSR)!");
+    model.selectBand(band.bandName());
+    if (std::abs(model.lookAngle()) > 0.08726646259971647)
+        throw std::runtime_error("Band is not close to nadir and derived trajectory quality would not be meaningful!");
+
+    std::vector<double> lineTimes;
+    {
+        const std::vector<Seconds>& times = band.cameraTime().values();
+        lineTimes.reserve(times.size());
+        for (const Seconds& t : times)
+            lineTimes.push_back(t.value());
+    }
+
+    // The terrain of the region the band can see: the projection centres,
+    // widened by their height over the tangent plane times the tangent of
+    // the widest ray plus 20 degrees of attitude.
+    const sensor::EOPData& eops = data();
+    const int count = eops.size();
+    double xMin = INFINITY, yMin = INFINITY, xMax = -INFINITY, yMax = -INFINITY, zMax = -INFINITY;
+    sensor::EOP sample;
+    double previous = -INFINITY;
+    for (int i = 0; i < count; ++i) {
+        if (eops.atIndex(i, sample) != 0)
+            throw std::runtime_error("Failed to get record.");
+        if (sample.time < previous)
+            throw std::runtime_error("GPS time goes backwards in EOP.");
+        previous = sample.time;
+        xMin = std::min(xMin, sample.x), xMax = std::max(xMax, sample.x);
+        yMin = std::min(yMin, sample.y), yMax = std::max(yMax, sample.y);
+        zMax = std::max(zMax, sample.z);
+    }
+    if (count == 0) {
+        setQualities({});
+        return;
+    }
+    const double widest = std::max(std::abs(model.acrossAngle(0.0)),
+                                   std::abs(model.acrossAngle(double(model.pixelsPerLine() - 1))))
+        + std::abs(model.lookAngle()) + 20.0 * sPi / 180.0;
+    const double margin = std::max(0.0, zMax + 500.0) * std::tan(std::min(widest, 80.0 * sPi / 180.0)) + 100.0;
+    const std::unique_ptr<dsm::ProjectedElevationSource> terrain
+        = dsm::ProjectedElevationSourceFactory::instance->getAvailProjectedSource(
+            *mapping, xMin - margin, yMin - margin, xMax + margin, yMax + margin, progress);
+
+    const QualityMeasures::Camera camera{model.pixelsPerLine(), model.pixelSizeMm(), model.focalLengthMm()};
+    const QualityMeasures measures(eops, lineTimes, camera);
+    const auto makeGround = [&]() -> QualityMeasures::Ground {
+        auto intersection = std::make_shared<geometry::RayToSurfaceIntersection>(model, *terrain, double(accuracy));
+        return [intersection](const sensor::EOP& eop, double pixel) {
+            geo::XYZPoint ground;
+            const auto outcome = intersection->intersect(eop, pixel, ground);
+            if (outcome != geometry::RayToSurfaceIntersection::Outcome::Hit)
+                throw std::runtime_error(std::string("the ray of pixel ") + std::to_string(int(pixel)) + " finds no terrain: "
+                                         + geometry::RayToSurfaceIntersection::describe(outcome));
+            return Eigen::Vector3d(ground.x, ground.y, ground.z);
+        };
+    };
+    const std::vector<QualityMeasures::Sample> samples = measures.compute(makeGround, progress);
+    std::vector<QualityRecord> records;
+    records.reserve(samples.size());
+    for (const QualityMeasures::Sample& s : samples) {
+        QualityRecord r;
+        r.time = s.time;
+        r.ncs = s.ncs;
+        r.rpe = s.rpe;
+        r.psr = s.psr;
+        records.push_back(r);
+    }
+    setQualities(std::move(records));
 }
 
 } // namespace datamodel

@@ -14,8 +14,12 @@
 #include <string>
 #include <vector>
 
+namespace geo {
+class coordSys;
+}
 namespace sensor {
 class EOPData;
+class IdentitySensorModel;
 struct EOP;
 } // namespace sensor
 
@@ -26,6 +30,7 @@ class ProgressInterface;
 namespace datamodel {
 
 class ImuTrajectory;
+class L0Image;
 class ValidationTraverser;
 
 /// The exterior orientation of the camera (its projection centre and
@@ -137,6 +142,22 @@ public:
     /// EOQ file: " + name and what EoqFile::read() throws; on failure
     /// nothing changes.
     void readQualities(bool wantRecords) const;
+
+    /// Computes the trajectory quality (docs/quality-measures.md) from the
+    /// scan lines of `band` and the camera `model` (whose band it selects),
+    /// on the terrain that dsm::ProjectedElevationSourceFactory::instance
+    /// hands out for the take's region, intersecting rays to `accuracy`
+    /// metres, and replaces the records and statistics (setQualities()).
+    /// Reports the task "Trajectory Quality" to `progress` (may be null).
+    /// Throws "Mapping system is not set to LSR (trajectory quality assumes
+    /// LSR)!", "Band is not close to nadir and derived trajectory quality
+    /// would not be meaningful!", "GPS time goes backwards in EOP.",
+    /// "Failed to get record.", and what reading the band's times and the
+    /// terrain throws; a ray that misses the terrain names its time.
+    void computeQualities(L0Image& band, sensor::IdentitySensorModel& model, float accuracy,
+                          util::ProgressInterface* progress);
+    /// The mapping system of the samples: the LSR system at the anchor.
+    std::unique_ptr<geo::coordSys> mappingSystem() const;
 
     /// Replaces the records with `records` (one per EOP sample, in time
     /// order), computes their statistics (EoqFile::Statistics::of: in

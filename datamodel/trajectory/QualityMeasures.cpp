@@ -137,16 +137,16 @@ std::vector<QualityMeasures::Sample> QualityMeasures::compute(const GroundFactor
             f.time = time;
         };
         // The measures of a line exposed at `time` for `period`; the pair of
-        // times moves back by a period where the EOPs end.
+        // times moves back to end with the EOPs where they end.
         Footprint from, to;
         const auto measure = [&](double time, double period) {
             LineValues v;
             if (!(period > 0.0) || !std::isfinite(period))
                 period = meanPeriod;
             double a = time, b = time + period;
-            if (b > lastTime) {
-                a = time - period;
-                b = time;
+            if (b > lastTime) { // the EOPs end: the last period they hold
+                b = lastTime;
+                a = lastTime - period;
             }
             if (!(period > 0.0) || a < firstTime)
                 return v; // one instant: no motion to measure
