@@ -14,7 +14,6 @@ namespace dataprep {
 
 namespace {
 
-const QString sTrajectoryOption = QStringLiteral("trajectory");
 
 } // namespace
 
@@ -45,8 +44,7 @@ std::vector<Argument> EopCommand::arguments() const
 QList<QCommandLineOption> EopCommand::options() const
 {
     return {takeOption(),
-            QCommandLineOption(sTrajectoryOption, QStringLiteral("The trajectory file to use (name or path)."),
-                               QStringLiteral("FILE"))};
+            trajectoryOption()};
 }
 
 int EopCommand::run(const Invocation& invocation)
@@ -56,17 +54,11 @@ int EopCommand::run(const Invocation& invocation)
     options.validate = false;
     options.writeEop = true;
     options.computeQuality = false;
-    options.eopTrajectory = invocation.parser.value(sTrajectoryOption).toStdString();
+    setTrajectoryAsked(invocation, options);
     addTakesAsked(invocation, options);
     const datamodel::PreparationReport report = prepareSession(directory, options, invocation.json);
     if (invocation.json) {
-        std::vector<Fields> takes;
-        for (const datamodel::TakePreparation& take : report.takes)
-            takes.push_back(takeFields(take, true));
-        Fields payload;
-        payload.add(QStringLiteral("sessionDirectory"), textOrNull(report.sessionDirectory));
-        payload.add(QStringLiteral("sessionName"), textOrNull(report.sessionName));
-        payload.add(QStringLiteral("takes"), QString(), std::move(takes));
+        const Fields payload = takesPayload(report);
         printJson(name(), directory, payload, report.messages);
     } else {
         std::printf("Session      %s\n", report.sessionDirectory.empty() ? report.input.c_str()

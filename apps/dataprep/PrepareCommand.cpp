@@ -15,6 +15,7 @@ namespace dataprep {
 namespace {
 
 const QString sTakeOption = QStringLiteral("take");
+const QString sTrajectoryOption = QStringLiteral("trajectory");
 
 std::string joined(const std::vector<std::string>& values, const char* none)
 {
@@ -84,6 +85,29 @@ Argument sessionDirArgument()
 QCommandLineOption takeOption()
 {
     return QCommandLineOption(sTakeOption, QStringLiteral("Only this take (repeatable)."), QStringLiteral("NAME"));
+}
+
+QCommandLineOption trajectoryOption()
+{
+    return QCommandLineOption(sTrajectoryOption, QStringLiteral("The trajectory file to use (name or path)."),
+                              QStringLiteral("FILE"));
+}
+
+void setTrajectoryAsked(const Invocation& invocation, datamodel::SessionPreparation::Options& options)
+{
+    options.eopTrajectory = invocation.parser.value(sTrajectoryOption).toStdString();
+}
+
+Fields takesPayload(const datamodel::PreparationReport& report)
+{
+    std::vector<Fields> takes;
+    for (const datamodel::TakePreparation& take : report.takes)
+        takes.push_back(takeFields(take, true));
+    Fields payload;
+    payload.add(QStringLiteral("sessionDirectory"), textOrNull(report.sessionDirectory));
+    payload.add(QStringLiteral("sessionName"), textOrNull(report.sessionName));
+    payload.add(QStringLiteral("takes"), QString(), std::move(takes));
+    return payload;
 }
 
 void addTakesAsked(const Invocation& invocation, datamodel::SessionPreparation::Options& options)

@@ -29,11 +29,17 @@ Argument sessionDirArgument();
 /// --take NAME (repeatable), and the takes it names in `options`.
 QCommandLineOption takeOption();
 void addTakesAsked(const Invocation& invocation, datamodel::SessionPreparation::Options& options);
+/// --trajectory FILE, and the trajectory it names in `options`.
+QCommandLineOption trajectoryOption();
+void setTrajectoryAsked(const Invocation& invocation, datamodel::SessionPreparation::Options& options);
 
 /// Runs the session preparation on the folder `directory`, with a progress
 /// bar for people at a terminal unless `json` (prepare, ctg and demo).
 datamodel::PreparationReport prepareSession(const QString& directory,
                                             const datamodel::SessionPreparation::Options& options, bool json);
+/// The JSON payload of the commands that report per take (eop, quality):
+/// the session and its takes.
+Fields takesPayload(const datamodel::PreparationReport& report);
 /// The JSON payload of a preparation report (prepare and demo).
 Fields preparationFields(const datamodel::PreparationReport& report);
 /// The report as text for people on stdout, its errors and warnings on stderr.

@@ -14,7 +14,6 @@ namespace dataprep {
 
 namespace {
 
-const QString sTrajectoryOption = QStringLiteral("trajectory");
 const QString sDemOption = QStringLiteral("dem");
 const QString sTerrainHeightOption = QStringLiteral("terrain-height");
 
@@ -51,8 +50,7 @@ std::vector<Argument> QualityCommand::arguments() const
 QList<QCommandLineOption> QualityCommand::options() const
 {
     return {takeOption(),
-            QCommandLineOption(sTrajectoryOption, QStringLiteral("The trajectory file to use (name or path)."),
-                               QStringLiteral("FILE")),
+            trajectoryOption(),
             QCommandLineOption(sDemOption, QStringLiteral("The DEM (a GeoTIFF or any raster GDAL reads)."),
                                QStringLiteral("FILE")),
             QCommandLineOption(sTerrainHeightOption,
@@ -67,7 +65,7 @@ int QualityCommand::run(const Invocation& invocation)
     options.validate = false;
     options.writeEop = true;
     options.computeQuality = true;
-    options.eopTrajectory = invocation.parser.value(sTrajectoryOption).toStdString();
+    setTrajectoryAsked(invocation, options);
     options.dem = invocation.parser.value(sDemOption).toStdString();
     if (invocation.parser.isSet(sTerrainHeightOption)) {
         bool ok = false;
@@ -82,13 +80,7 @@ int QualityCommand::run(const Invocation& invocation)
     addTakesAsked(invocation, options);
     const datamodel::PreparationReport report = prepareSession(directory, options, invocation.json);
     if (invocation.json) {
-        std::vector<Fields> takes;
-        for (const datamodel::TakePreparation& take : report.takes)
-            takes.push_back(takeFields(take, true));
-        Fields payload;
-        payload.add(QStringLiteral("sessionDirectory"), textOrNull(report.sessionDirectory));
-        payload.add(QStringLiteral("sessionName"), textOrNull(report.sessionName));
-        payload.add(QStringLiteral("takes"), QString(), std::move(takes));
+        const Fields payload = takesPayload(report);
         printJson(name(), directory, payload, report.messages);
     } else {
         std::printf("Session      %s\n", report.sessionDirectory.empty() ? report.input.c_str()

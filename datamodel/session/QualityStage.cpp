@@ -4,6 +4,7 @@
 #include <datamodel/model/Sensor.h>
 #include <datamodel/model/Take.h>
 #include <datamodel/session/RecordingSession.h>
+#include <datamodel/session/ReportSink_p.h>
 #include <datamodel/trajectory/EopTrajectory.h>
 #include <datamodel/validation/EoqValidationTraverser.h>
 
@@ -17,28 +18,6 @@
 #include <cmath>
 
 namespace datamodel {
-
-namespace {
-
-/// Gathers the judgement's messages for one take.
-struct Messages final : ValidationTraverser::Information, ValidationTraverser::Warning, ValidationTraverser::Error {
-    PreparationReport& report;
-    std::string take;
-    Messages(PreparationReport& r, std::string t)
-        : report(r)
-        , take(std::move(t))
-    {
-    }
-    void add(PreparationMessage::Severity severity, const std::string& text)
-    {
-        report.add(PreparationMessage{severity, "take " + take, text, take, {}});
-    }
-    void information(const std::string& message) override { add(PreparationMessage::Severity::Information, message); }
-    void warning(const std::string& message) override { add(PreparationMessage::Severity::Warning, message); }
-    void error(const std::string& message) override { add(PreparationMessage::Severity::Error, message); }
-};
-
-} // namespace
 
 QualityStage::QualityStage(Options options)
     : m_options(std::move(options))
@@ -111,7 +90,8 @@ void QualityStage::run(RecordingSession& session, const std::vector<Take*>& take
             summary.minRpe = eop.minRpe(), summary.maxRpe = eop.maxRpe(), summary.rmsRpe = eop.rmsRpe();
             summary.maxPsr = eop.maxPsr(), summary.rmsPsr = eop.rmsPsr();
             item->quality = summary;
-            Messages messages(report, take->name());
+            ReportSink messages(report);
+            messages.at(take->name());
             EoqValidationTraverser judge(&messages, &messages, &messages);
             judge.validate(eop);
         } catch (const std::exception& e) {

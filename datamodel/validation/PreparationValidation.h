@@ -60,7 +60,6 @@ public:
     void checkTakes(const std::vector<Take*>& takes, util::ProgressInterface* progress);
 
 private:
-    class Sink;
     class TakeTraverser;
 
     /// The take of the report whose GPS time range meets [fromSec, toSec]
